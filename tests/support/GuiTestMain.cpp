@@ -1,0 +1,50 @@
+// main() of the Qt tests: an offscreen QApplication in a temporary HOME, so
+// no test reads or writes a real user's settings.
+#include "GuiTestSupport.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+QTemporaryDir *homeDir;
+}
+
+namespace lunaquill::test {
+
+QString TestHome()
+{
+    return homeDir->path();
+}
+
+QString SettingsFolder()
+{
+    QString folder = TestHome() + "/AppData/Roaming/Lunaquill/";
+    QDir().mkpath(folder);
+    return folder;
+}
+
+void ClearTestHome()
+{
+    QDir(TestHome()).removeRecursively();
+    QDir().mkpath(TestHome());
+}
+
+} // namespace lunaquill::test
+
+int main(int argc, char **argv)
+{
+    if (!getenv("QT_QPA_PLATFORM"))
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    QTemporaryDir home;
+    homeDir = &home;
+    setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    if (const char *source = getenv("LUNAQUILL_SOURCE_DIR"))
+        QDir::setCurrent(source);
+    QApplication app(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,15 @@
+// Helpers for tests that drive Qt code.
+#pragma once
+
+#include <QString>
+
+namespace lunaquill::test {
+
+// The temporary home folder of this test process (settings and lists go there).
+QString TestHome();
+// <home>/AppData/Roaming/Lunaquill/, created.
+QString SettingsFolder();
+// Removes everything below the temporary home folder.
+void ClearTestHome();
+
+} // namespace lunaquill::test

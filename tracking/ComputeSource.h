@@ -1,0 +1,67 @@
+// The one calculator through which the program learns where a source stands
+// for a station at an instant. Plain C++ over libnova; no Qt.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+
+namespace lunaquill {
+
+// Source indices, in the fixed order of the Sources table and of the ini key
+// TrackingSource.
+enum SourceId : uint32_t {
+    Moon = 0, Sun, Mercury, Venus, Mars, Jupiter, Saturn, Uranus, Neptune, Pluto,
+    SagittariusA, CassiopeiaA, CygnusA, TaurusA, VirgoA, CentaurusA, OrionM42, M17,
+    PerseusA, Aquarius, Leo, Pictor, UserAzEl, UserRaDec,
+    SourceCount
+};
+
+// Long names, as the Sources table shows them.
+extern const char *const kSourceNames[SourceCount];
+
+// Request bits of ComputeSource.
+enum TrackFlags : uint32_t {
+    TrackPosition = 1,   // az/el, RA/Dec, sub-point; for the Moon the EME figures
+    TrackDistance = 2,
+    TrackPhase = 4,
+    TrackRiseSet = 8,    // implies TrackPosition
+    TrackAll = 15
+};
+
+// One source seen from one station. Fields a call does not ask for keep the
+// values of the last call that did, so long-lived records show the last
+// figures computed.
+struct SourceTrack {
+    uint8_t valid;              // set by every call
+    int32_t aboveHorizon;       // elevation >= 0
+    double azimuth;             // degrees from north through east, [0, 360)
+    double elevation;           // degrees
+    double reserved;            // not written by the calculator
+    double doppler;             // Hz, own-echo Doppler (Moon); 0 below the horizon
+    double skyTemperature;      // K behind the Moon at the operating frequency
+    double spatialOffset;       // degrees, parallactic angle of the Moon
+    double degradation;         // dB against ideal conditions
+    double pathLossVsPerigee;   // dB, 0 at perigee, negative beyond
+    double semiDiameter;        // arc-minutes of the Moon's disc
+    double greenwichHourAngle;  // degrees
+    double rightAscension;      // hours
+    double declination;         // degrees
+    double distance;            // AU (1 AU = 150,000,000 km)
+    double phase;               // illuminated fraction 0..1
+    double subLatitude;         // degrees, where the source stands in the zenith
+    double subLongitude;        // degrees east, (-180, 360)
+    double riseTime;            // Julian Date (UT)
+    double setTime;             // Julian Date (UT)
+    double transitTime;         // Julian Date (UT)
+    int32_t riseSetStatus;      // libnova: 0 rises and sets, 1 circumpolar, -1 never rises
+};
+
+// Fills `record` for source `sourceId` seen from (latitude, longitude)
+// (degrees, north and east positive) at the UTC instant `utc`, as gmtime gives
+// it. frequencyMHz is used by the Moon's figures only. Ids of 24 and above
+// compute nothing but still refresh valid and aboveHorizon.
+void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc,
+                   double latitude, double longitude, double frequencyMHz,
+                   SourceTrack &record);
+
+} // namespace lunaquill
