@@ -1,1 +1,318 @@
-// placeholder
+// Construction, the display cycle and the panel texts.
+#include "MainWindow.h"
+
+#include "Clock.h"
+#include "PanelStyles.h"
+#include "PanelText.h"
+#include "Settings.h"
+#include "ui_MainWindow.h"
+
+#include "tracking/ComputeSource.h"
+#include "tracking/SharedState.h"
+
+using namespace lunaquill;
+
+namespace {
+
+// The record of the tracked source in a result array; a tracking source
+// outside the 24 (a bad ini value, or -1 from the Sources table) gets a
+// scratch record, for which the calculator computes nothing.
+SourceTrack &TrackedRecord(SourceTrack *records)
+{
+    static SourceTrack scratch;
+    const int32_t source = homeData.trackingSource;
+    return (source >= 0 && source < (int32_t)SourceCount) ? records[source] : scratch;
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent), ui(new Ui::MainWindow)
+{
+    ui->setupUi(this);
+    setWindowTitle(Printf("%s", "Q9QQ Lunaquill v1.05 Feb 28, 2025"));
+    setMinimumSize(1640, 960);
+
+    LoadHomeData(kSettingsFileName, homeData);
+    LoadOverlays(kSettingsFileName, overlaySettings);
+    if (homeData.grid[0] != '\0')
+        homeStationSet = 1;
+    if (dxStation.grid[0] != '\0')
+        dxStationSet = 1;
+
+    LoadPixmaps();
+
+    displayOffset = 0;
+    timeStep = 0;
+    playing = false;
+    skyOverlayParameter = 376;
+
+    ApplyStyles();
+
+    hoverVisible = false;
+    hoverMouseX = 0;
+    hoverBox = QRect(0, 0, 125, 35);
+    // Moves without a button pressed reach the window (for the hover
+    // read-out) only when it and the widgets over the map track the mouse.
+    setMouseTracking(true);
+    ui->centralWidget->setMouseTracking(true);
+    ui->WorldMap->setMouseTracking(true);
+
+    connect(ui->actionAbout, SIGNAL(triggered()), this, SLOT(About()));
+    connect(ui->actionHomeStation, SIGNAL(triggered()), this, SLOT(HomeStation()));
+    connect(ui->actionSources, SIGNAL(triggered()), this, SLOT(SourcesDisplay()));
+    connect(ui->actionDxStation, SIGNAL(triggered()), this, SLOT(DxStation()));
+    connect(ui->actionOverlays, SIGNAL(triggered()), this, SLOT(SetOverlays()));
+    connect(ui->SourceButton, SIGNAL(pressed()), this, SLOT(SourceButtonPressed()));
+    connect(ui->actionEme50M, SIGNAL(triggered()), this, SLOT(Eme50M()));
+    connect(ui->actionEme144M, SIGNAL(triggered()), this, SLOT(Eme144M()));
+    connect(ui->actionEme432M, SIGNAL(triggered()), this, SLOT(Eme432M()));
+    connect(ui->actionEme900M, SIGNAL(triggered()), this, SLOT(Eme900M()));
+    connect(ui->actionEme1296M, SIGNAL(triggered()), this, SLOT(Eme1296M()));
+    connect(ui->actionEme2304M, SIGNAL(triggered()), this, SLOT(Eme2304M()));
+    connect(ui->actionEme3400M, SIGNAL(triggered()), this, SLOT(Eme3400M()));
+    connect(ui->actionEme5760M, SIGNAL(triggered()), this, SLOT(Eme5760M()));
+    connect(ui->actionEme10G, SIGNAL(triggered()), this, SLOT(Eme10G()));
+    connect(ui->actionEme47G, SIGNAL(triggered()), this, SLOT(Eme47G()));
+    connect(ui->actionFavorites, SIGNAL(triggered()), this, SLOT(EmeFavorites()));
+    connect(ui->DxGrid, SIGNAL(pressed()), this, SLOT(SetDxStation()));
+    connect(ui->SetFrequencyButton, SIGNAL(pressed()), this, SLOT(SetFrequency()));
+    connect(ui->SetDateTimeButton, SIGNAL(pressed()), this, SLOT(SetDateTime()));
+    connect(ui->DateTimeButton, SIGNAL(pressed()), this, SLOT(DateTimeButtonPressed()));
+    connect(ui->TimeAdjustPlayButton, SIGNAL(pressed()), this, SLOT(TimeAdjustPlayButtonPressed()));
+    connect(ui->ViewModeButton, SIGNAL(pressed()), this, SLOT(ViewModeButtonPressed()));
+    connect(ui->TimeAdjustMinMButton, SIGNAL(pressed()), this, SLOT(TimeAdjustMinMButtonPressed()));
+    connect(ui->TimeAdjustHourMButton, SIGNAL(pressed()), this, SLOT(TimeAdjustHourMButtonPressed()));
+    connect(ui->TimeAdjustDayMButton, SIGNAL(pressed()), this, SLOT(TimeAdjustDayMButtonPressed()));
+    connect(ui->TimeAdjustWeekMButton, SIGNAL(pressed()), this, SLOT(TimeAdjustWeekMButtonPressed()));
+    connect(ui->TimeAdjustMinPButton, SIGNAL(pressed()), this, SLOT(TimeAdjustMinPButtonPressed()));
+    connect(ui->TimeAdjustHourPButton, SIGNAL(pressed()), this, SLOT(TimeAdjustHourPButtonPressed()));
+    connect(ui->TimeAdjustDayPButton, SIGNAL(pressed()), this, SLOT(TimeAdjustDayPButtonPressed()));
+    connect(ui->TimeAdjustWeekPButton, SIGNAL(pressed()), this, SLOT(TimeAdjustWeekPButtonPressed()));
+
+    RecalculateSources();
+    overlaysStale = true;
+    redrawRequested = true;
+
+    // The star-chart renderer (an offscreen OpenGL context) is created here
+    // once the charts are drawn; until then the chart view shows the dial.
+    starChartRenderer = nullptr;
+
+    connect(&displayTimer, SIGNAL(timeout()), this, SLOT(TimerEvent()));
+    displayTimer.start(10);
+}
+
+MainWindow::~MainWindow()
+{
+    // Nothing is saved here: settings are written when a dialog is accepted.
+    delete ui;
+}
+
+void MainWindow::RecalculateSources()
+{
+    const struct tm utc = DisplayedUtc();
+    // The planets go in the order of their overlay switches.
+    const struct { uint32_t id; const bool &shown; } planets[] = {
+        {Mercury, overlaySettings.MercuryOverlay}, {Mars, overlaySettings.MarsOverlay},
+        {Venus, overlaySettings.VenusOverlay},     {Saturn, overlaySettings.SaturnOverlay},
+        {Jupiter, overlaySettings.JupiterOverlay}, {Neptune, overlaySettings.NeptuneOverlay},
+        {Uranus, overlaySettings.UranusOverlay},   {Pluto, overlaySettings.PlutoOverlay},
+    };
+    auto computeAll = [&](SourceTrack *records, double latitude, double longitude) {
+        ComputeSource(Moon, TrackAll, utc, latitude, longitude, homeData.frequency, records[Moon]);
+        ComputeSource(Sun, TrackPosition, utc, latitude, longitude, homeData.frequency, records[Sun]);
+        for (const auto &planet : planets) {
+            if (planet.shown)
+                ComputeSource(planet.id, TrackPosition, utc, latitude, longitude,
+                              homeData.frequency, records[planet.id]);
+        }
+        for (uint32_t id = SagittariusA; id <= Pictor; ++id)
+            ComputeSource(id, TrackPosition, utc, latitude, longitude, homeData.frequency,
+                          records[id]);
+    };
+    if (dxStationSet)
+        computeAll(dxTracks, dxStation.latitude, dxStation.longitude);
+    if (homeStationSet)
+        computeAll(homeTracks, homeData.latitude, homeData.longitude);
+    UpdateDisplay();
+}
+
+void MainWindow::UpdateDisplay()
+{
+    const QString source = SourceButtonText(homeData.trackingSource);
+    if (!source.isEmpty())
+        ui->SourceButton->setText(source);
+    if (homeData.callsign[0] != '\0')
+        ui->HomeCallsign->setText(FieldText(homeData.callsign, sizeof homeData.callsign));
+    if (homeData.grid[0] != '\0') {
+        homeStationSet = 1;
+        ui->HomeGrid->setText(FieldText(homeData.grid, sizeof homeData.grid));
+        ui->HomeLatitude->setText(Printf("%0.2f", homeData.latitude));
+        ui->HomeLongitude->setText(Printf("%0.2f", homeData.longitude));
+    }
+    if (dxStation.callsign[0] != '\0')
+        ui->DxCallsign->setText(FieldText(dxStation.callsign, sizeof dxStation.callsign));
+    // The home flag is only ever raised here, never cleared; the DX flag
+    // follows the DX grid both ways. A DX grid that is not a locator (the
+    // station dialogs let one be typed) counts as no DX station.
+    if (CheckDxGrid()) {
+        ui->DxGrid->setText(FieldText(dxStation.grid, sizeof dxStation.grid));
+        ui->DxLatitude->setText(Printf("%0.2f", dxStation.latitude));
+        ui->DxLongitude->setText(Printf("%0.2f", dxStation.longitude));
+    }
+    ui->SetFrequencyButton->setText(Printf("%7.2f Mhz", homeData.frequency));
+}
+
+void MainWindow::TimerEvent()
+{
+    // Each tick counts 10 ms whatever the time really taken: a panel refresh
+    // comes every 101 ticks, an overlay rebuild every 6001.
+    panelTicks += 10;
+    if (forceRefresh || panelTicks > 1000)
+        RefreshPanels();
+
+    hoverTicks += 10;
+    if (hoverTicks > 5000) {
+        hoverTicks = 0;
+        if (hoverVisible) {
+            redrawRequested = true;
+            hoverVisible = false;
+        }
+    }
+
+    playTicks += 10;
+    if (playTicks > 1000) {
+        playTicks = 0;
+        if (playing) {
+            displayOffset += timeStep;
+            RecalculateSources();
+            overlaysStale = true;
+        }
+    }
+
+    overlayTicks += 10;
+    if (overlaysStale || overlayTicks > 60000) {
+        overlayTicks = 0;
+        overlaysStale = false;
+        RebuildOverlays();
+        redrawRequested = true;
+    } else if (!redrawRequested) {
+        forceRefresh = false;
+        return;
+    }
+    Redraw();
+    redrawRequested = false;
+    forceRefresh = false;
+}
+
+void MainWindow::RefreshPanels()
+{
+    panelTicks = 0;
+    const struct tm utc = DisplayedUtc();
+    ui->DateTimeButton->setText(QString::fromLatin1(ClockText(utc)));
+
+    uint32_t bits = (forceRefresh || refreshAll || playing) ? TrackAll : TrackPosition;
+    if (utc.tm_sec == 0)
+        bits |= TrackDistance | TrackRiseSet;
+    if (homeData.trackingSource == Moon)
+        bits |= TrackDistance;
+
+    // Computed even without a home station (then at latitude and longitude 0).
+    SourceTrack &home = TrackedRecord(homeTracks);
+    ComputeSource((uint32_t)homeData.trackingSource, bits, utc, homeData.latitude,
+                  homeData.longitude, homeData.frequency, home);
+    refreshAll = false;
+
+    QPushButton *homeFigures[] = {ui->HomeAzimuth, ui->HomeElevation, ui->HomeDoppler,
+                                  ui->HomeSpatialOffset, ui->HomeSkyTemp, ui->HomeDegradation};
+    // Azimuth 0 exactly counts as not seen, as the rule has always been.
+    homeSeesSource = (home.azimuth > 0 && home.elevation > 0) ? 1 : 0;
+    for (QPushButton *figure : homeFigures)
+        figure->setStyleSheet(homeSeesSource ? kDarkGreenStyle : kDarkRedStyle);
+    if (!homeSeesSource)
+        ui->HomeDoppler->setText(" ");
+
+    ui->HomeAzimuth->setText(Printf("%7.2f", home.azimuth));
+    ui->HomeElevation->setText(Printf("%7.2f", home.elevation));
+    ui->HomeSpatialOffset->setText(Printf("%0.1f", home.spatialOffset));
+    ui->HomeSkyTemp->setText(Printf("%0.1f", home.skyTemperature));
+    ui->HomeDegradation->setText(Printf("%0.1f", home.degradation));
+    ui->PathLoss->setText(Printf("%0.1f", home.pathLossVsPerigee));
+
+    if (bits == TrackAll)
+        UpdateDisplay();
+    if (bits & TrackRiseSet) {
+        ui->HomeRiseTime->setText(RiseSetText("Rise: ", home.riseTime));
+        ui->HomeSetTime->setText(RiseSetText("Set: ", home.setTime));
+    }
+    if (bits & TrackDistance) {
+        ui->Distance->setText(homeData.trackingSource == Moon
+                                  ? Printf("%6.0f km", home.distance * 1.5e8)
+                                  : Printf("%9.6f AU", home.distance));
+    }
+    ui->HomeDoppler->setText(homeStationSet ? Printf("%7.0f Hz", home.doppler) : QString(" "));
+
+    SourceTrack &dx = TrackedRecord(dxTracks);
+    if (dxStationSet) {
+        ComputeSource((uint32_t)homeData.trackingSource, bits, utc, dxStation.latitude,
+                      dxStation.longitude, homeData.frequency, dx);
+        QPushButton *dxFigures[] = {ui->DxAzimuth, ui->DxElevation, ui->DxDoppler,
+                                    ui->DxSpatialOffset, ui->DxSkyTemp, ui->DxDegradation};
+        dxSeesSource = (dx.azimuth > 0 && dx.elevation > 0) ? 1 : 0;
+        for (QPushButton *figure : dxFigures)
+            figure->setStyleSheet(dxSeesSource ? kDarkGreenStyle : kDarkRedStyle);
+        if (!dxSeesSource)
+            ui->DxDoppler->setText(" ");
+        const bool mutual = homeSeesSource && dxSeesSource;
+        ui->MutualDoppler->setStyleSheet(mutual ? kDarkGreenStyle : kDarkRedStyle);
+        if (!mutual)
+            ui->MutualDoppler->setText(" ");
+        ui->DxAzimuth->setText(Printf("%7.2f", dx.azimuth));
+        ui->DxElevation->setText(Printf("%7.2f", dx.elevation));
+        ui->DxDoppler->setText(Printf("%7.0f Hz", dx.doppler));
+        ui->DxSpatialOffset->setText(Printf("%0.1f", dx.spatialOffset));
+        ui->DxSkyTemp->setText(Printf("%0.1f", dx.skyTemperature));
+        ui->DxDegradation->setText(Printf("%0.1f", dx.degradation));
+        if (bits & TrackRiseSet) {
+            ui->DxRiseTime->setText(RiseSetText("Rise: ", dx.riseTime));
+            ui->DxSetTime->setText(RiseSetText("Set: ", dx.setTime));
+        }
+    } else {
+        // dxSeesSource keeps its last value, so the mutual figure may still
+        // be formed from the last DX Doppler.
+        ui->DxDoppler->setText(" ");
+    }
+
+    if (homeSeesSource && dxSeesSource)
+        ui->MutualDoppler->setText(Printf("%7.0f Hz", (home.doppler + dx.doppler) * 0.5));
+    else
+        ui->MutualDoppler->setText(" ");
+}
+
+void MainWindow::RebuildOverlays()
+{
+    if (homeTracks[Sun].valid && overlaySettings.SunShadingOverlay)
+        CreateShadeOverlay(sunShade, homeTracks[Sun].subLatitude, homeTracks[Sun].subLongitude, 10.0);
+    if (homeTracks[Moon].valid && overlaySettings.MoonShadingOverlay)
+        CreateShadeOverlay(moonShade, homeTracks[Moon].subLatitude, homeTracks[Moon].subLongitude, 8.0);
+    if (homeTracks[SagittariusA].valid)
+        CreateSkyOverlay(skyLayer, scaledSkyNoise, skyOverlayParameter);
+    CreateScreenOverlay();
+}
+
+void MainWindow::Redraw()
+{
+    if (overlaySettings.StarChartOverlay) {
+        DrawStarChart1();
+        DrawStarChart2();
+    } else {
+        DrawMap();
+    }
+}
+
+void MainWindow::TimeAdjusted()
+{
+    RecalculateSources();
+    RebuildOverlays();
+    Redraw();
+}

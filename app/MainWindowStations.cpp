@@ -1,1 +1,105 @@
-// placeholder
+// The menu and panel dialogs: About, stations, sources, lists, overlays and
+// frequency. Each runs modally on the stack; only Accepted counts.
+#include "MainWindow.h"
+
+#include "AboutDialog.h"
+#include "Settings.h"
+#include "ui_MainWindow.h"
+
+#include "tracking/DxSelectDialog.h"
+#include "tracking/DxStationDialog.h"
+#include "tracking/HomeStationDialog.h"
+#include "tracking/Maidenhead.h"
+#include "tracking/SharedState.h"
+
+using namespace lunaquill;
+
+bool MainWindow::About()
+{
+    AboutDialog dialog;
+    dialog.exec();
+    return true;
+}
+
+bool MainWindow::HomeStation()
+{
+    HomeStationDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        SaveHomeData(kSettingsFileName, homeData);
+        if (homeData.grid[0] != '\0')
+            homeStationSet = 1;
+        UpdateDisplay();
+    }
+    return true;
+}
+
+bool MainWindow::CheckDxGrid()
+{
+    double latitude, longitude;
+    if (dxStation.grid[0] != '\0')
+        dxStationSet = GridToLatLong(dxStation.grid, latitude, longitude) == 0 ? 1 : 0;
+    else
+        dxStationSet = 0;
+    return dxStationSet != 0;
+}
+
+bool MainWindow::DxStation()
+{
+    DxStationDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        CheckDxGrid();
+        UpdateDisplay();
+    }
+    return true;
+}
+
+bool MainWindow::SetDxStation()
+{
+    DxSelectDialog dialog;
+    if (dialog.exec() == QDialog::Accepted)
+        UpdateDisplay();
+    return true;
+}
+
+// The Sources table, the band and favourites lists, the overlay switches and
+// the frequency have dialogs of their own that are not part of the program
+// yet; their slots keep what can be done without them.
+bool MainWindow::SourcesDisplay()
+{
+    return true;
+}
+
+void MainWindow::SourceButtonPressed()
+{
+    // Whatever the dialog's result, the panels refresh with every figure.
+    refreshAll = true;
+    UpdateDisplay();
+}
+
+bool MainWindow::Favorites(const QString &fileName)
+{
+    Q_UNUSED(fileName);
+    return true;
+}
+
+bool MainWindow::Eme50M() { return Favorites("Eme50M.txt"); }
+bool MainWindow::Eme144M() { return Favorites("Eme144M.txt"); }
+bool MainWindow::Eme432M() { return Favorites("Eme432M.txt"); }
+bool MainWindow::Eme900M() { return Favorites("Eme900M.txt"); }
+bool MainWindow::Eme1296M() { return Favorites("Eme1296M.txt"); }
+bool MainWindow::Eme2304M() { return Favorites("Eme2304M.txt"); }
+bool MainWindow::Eme3400M() { return Favorites("Eme3400M.txt"); }
+bool MainWindow::Eme5760M() { return Favorites("Eme5760M.txt"); }
+bool MainWindow::Eme10G() { return Favorites("Eme10G.txt"); }
+bool MainWindow::Eme47G() { return Favorites("Eme47G.txt"); }
+bool MainWindow::EmeFavorites() { return Favorites("Favorites.txt"); }
+
+bool MainWindow::SetOverlays()
+{
+    return true;
+}
+
+bool MainWindow::SetFrequency()
+{
+    return true;
+}

@@ -1,1 +1,250 @@
-// placeholder
+#include "Settings.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QLockFile>
+#include <QMap>
+#include <QSaveFile>
+#include <QSettings>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QVariant>
+
+#include <cmath>
+
+namespace lunaquill {
+
+namespace {
+
+// The OVERLAYS keys in the order they are read and written, each with its
+// default text (converted like a stored value) and its member.
+struct OverlayKey {
+    const char *key;
+    const char *defaultText;
+    bool OverlaySettings::*flag;       // set for the switches
+    int32_t OverlaySettings::*number;  // set for the two numbers
+};
+
+constexpr OverlayKey kOverlayKeys[] = {
+    {"SunOverlay", "true", &OverlaySettings::SunOverlay, nullptr},
+    {"MoonOverlay", "true", &OverlaySettings::MoonOverlay, nullptr},
+    {"MercuryOverlay", "true", &OverlaySettings::MercuryOverlay, nullptr},
+    {"VenusOverlay", "true", &OverlaySettings::VenusOverlay, nullptr},
+    {"MarsOverlay", "true", &OverlaySettings::MarsOverlay, nullptr},
+    {"SaturnOverlay", "true", &OverlaySettings::SaturnOverlay, nullptr},
+    {"JupiterOverlay", "true", &OverlaySettings::JupiterOverlay, nullptr},
+    {"NeptuneOverlay", "true", &OverlaySettings::NeptuneOverlay, nullptr},
+    {"UranusOverlay", "true", &OverlaySettings::UranusOverlay, nullptr},
+    {"PlutoOverlay", "true", &OverlaySettings::PlutoOverlay, nullptr},
+    {"SunShadingOverlay", "false", &OverlaySettings::SunShadingOverlay, nullptr},
+    {"MoonShadingOverlay", "true", &OverlaySettings::MoonShadingOverlay, nullptr},
+    {"SkyNoiseOverlay", "true", &OverlaySettings::SkyNoiseOverlay, nullptr},
+    {"StarsOverlay", "true", &OverlaySettings::StarsOverlay, nullptr},
+    {"StarsMagnitude", "6", nullptr, &OverlaySettings::StarsMagnitude},
+    {"ConstellationsOverlay", "false", &OverlaySettings::ConstellationsOverlay, nullptr},
+    {"LatitudeGridlines", "true", &OverlaySettings::LatitudeGridlines, nullptr},
+    {"LongitudeGridlines", "true", &OverlaySettings::LongitudeGridlines, nullptr},
+    {"MapOffset", "0", nullptr, &OverlaySettings::MapOffset},
+    {"StarChartOverlay", "false", &OverlaySettings::StarChartOverlay, nullptr},
+    {"FavoriteStationsOverlay", "true", &OverlaySettings::FavoriteStationsOverlay, nullptr},
+};
+
+constexpr int32_t kMapOffsetHours = 24;
+
+// How long a save waits for another instance of the program to finish its own.
+constexpr int kLockWaitMs = 2000;
+
+// Copies a stored text into its fixed field, cut to fit. An unquoted text
+// with commas comes back from the ini reader as a list; it is joined again
+// so that a hand-edited "Sydney, NSW" is not lost.
+template <size_t N>
+void ReadText(QSettings &settings, const char *key, const char *defaultText, char (&field)[N])
+{
+    QVariant value = settings.value(key, QString::fromLatin1(defaultText));
+    QByteArray bytes = value.typeId() == QMetaType::QStringList
+                           ? value.toStringList().join(", ").toUtf8()
+                           : value.toByteArray();
+    CopyField(field, bytes.constData());
+}
+
+// A double that does not convert, or is not finite, reads as 0.
+double ReadDouble(QSettings &settings, const char *key, const char *defaultText)
+{
+    double number = settings.value(key, QString::fromLatin1(defaultText)).toDouble();
+    return std::isfinite(number) ? number : 0.0;
+}
+
+// The field may hold a text cut anywhere (it is never longer than N - 1).
+template <size_t N>
+QString FieldText(const char (&field)[N])
+{
+    return QString::fromUtf8(field, static_cast<qsizetype>(strnlen(field, N)));
+}
+
+// Everything a settings object sees, each value as text, so that the values
+// just set (doubles, bools) compare with the same values read back from text.
+QMap<QString, QString> Contents(QSettings &settings)
+{
+    QMap<QString, QString> contents;
+    for (const QString &key : settings.allKeys()) {
+        QVariant value = settings.value(key);
+        contents[key] = value.typeId() == QMetaType::QStringList
+                            ? value.toStringList().join(QChar('\n'))
+                            : value.toString();
+    }
+    return contents;
+}
+
+// Writes bytes to a file and reports whether every byte reached it.
+template <typename File>
+bool WriteAll(File &file, const QByteArray &bytes)
+{
+    return file.write(bytes) == bytes.size() && file.flush();
+}
+
+// Writes one group into the settings file, keeping every other key, and never
+// leaves a damaged file behind. QSettings alone is not enough: it renames its
+// temporary file into place even when writing that file failed (a full disk),
+// and reports success. So the group is merged into a scratch copy, the copy is
+// read back and compared, and only a complete copy replaces the file, by a
+// checked write through a temporary file and a rename. On any failure the file
+// on disk stays as it was and the save is dropped silently.
+template <typename WriteGroup>
+void SaveGroup(const char *fileName, WriteGroup writeGroup)
+{
+    const QString path = SettingsPath(fileName);
+    if (!QDir().mkpath(SettingsFolder()))
+        return;
+    QLockFile lock(path + ".lock");
+    if (!lock.tryLock(kLockWaitMs))
+        return;
+
+    QByteArray current;
+    if (QFile file(path); file.exists()) {
+        // A file that cannot be read (or a folder in its place) is not replaced.
+        if (!file.open(QIODevice::ReadOnly))
+            return;
+        current = file.readAll();
+        if (file.error() != QFileDevice::NoError)
+            return;
+    }
+
+    QTemporaryDir scratch(SettingsFolder() + "saving-XXXXXX");
+    if (!scratch.isValid())
+        return;
+    const QString mergedPath = scratch.filePath("merged.ini");
+    const QString checkPath = scratch.filePath("check.ini");
+    if (QFile merged(mergedPath); !merged.open(QIODevice::WriteOnly) || !WriteAll(merged, current))
+        return;
+
+    QMap<QString, QString> intended;
+    {
+        QSettings settings(mergedPath, QSettings::IniFormat);
+        writeGroup(settings);
+        settings.sync();
+        // A FormatError only says the old file was damaged; it is rewritten.
+        if (settings.status() == QSettings::AccessError)
+            return;
+        intended = Contents(settings);
+    }
+    // Read back under a name QSettings has not cached, so it parses the file.
+    if (!QFile::rename(mergedPath, checkPath))
+        return;
+    QSettings check(checkPath, QSettings::IniFormat);
+    if (check.status() == QSettings::AccessError || Contents(check) != intended)
+        return;
+
+    QFile checked(checkPath);
+    if (!checked.open(QIODevice::ReadOnly))
+        return;
+    const QByteArray bytes = checked.readAll();
+    QSaveFile target(path);
+    if (checked.error() != QFileDevice::NoError || !target.open(QIODevice::WriteOnly))
+        return;
+    if (WriteAll(target, bytes))
+        target.commit();
+}
+
+} // namespace
+
+QString SettingsFolder()
+{
+    return QDir::homePath() + "/AppData/Roaming/Lunaquill/";
+}
+
+QString SettingsPath(const char *fileName)
+{
+    return SettingsFolder() + QString::fromLocal8Bit(fileName ? fileName : "");
+}
+
+int LoadHomeData(const char *fileName, HomeData &home)
+{
+    QSettings settings(SettingsPath(fileName), QSettings::IniFormat);
+    home = HomeData{};
+    settings.beginGroup("HOME_DATA");
+    ReadText(settings, "Callsign", "", home.callsign);
+    ReadText(settings, "Grid", "JJ00aa", home.grid);
+    ReadText(settings, "Location", "Ocean", home.location);
+    home.latitude = ReadDouble(settings, "Latitude", "");
+    home.longitude = ReadDouble(settings, "Longitude", "");
+    home.frequency = ReadDouble(settings, "Frequency", "1296.0");
+    home.trackingSource = settings.value("TrackingSource", "0").toInt();
+    settings.endGroup();
+    // The source is an index into the result arrays: anything else is the Moon.
+    if (home.trackingSource < 0 || home.trackingSource >= static_cast<int32_t>(SourceCount))
+        home.trackingSource = 0;
+    return 0;
+}
+
+int SaveHomeData(const char *fileName, const HomeData &home)
+{
+    SaveGroup(fileName, [&home](QSettings &settings) {
+        settings.beginGroup("HOME_DATA");
+        settings.setValue("Callsign", FieldText(home.callsign));
+        settings.setValue("Grid", FieldText(home.grid));
+        settings.setValue("Location", FieldText(home.location));
+        settings.setValue("TrackingSource", home.trackingSource);
+        settings.setValue("Latitude", home.latitude);
+        settings.setValue("Longitude", home.longitude);
+        settings.setValue("Frequency", home.frequency);
+        settings.endGroup();
+    });
+    return 0;
+}
+
+int LoadOverlays(const char *fileName, OverlaySettings &overlays)
+{
+    QSettings settings(SettingsPath(fileName), QSettings::IniFormat);
+    overlays = OverlaySettings{};
+    settings.beginGroup("OVERLAYS");
+    for (const OverlayKey &entry : kOverlayKeys) {
+        QVariant value = settings.value(entry.key, QString::fromLatin1(entry.defaultText));
+        if (entry.flag)
+            overlays.*entry.flag = value.toBool();
+        else
+            overlays.*entry.number = value.toInt();
+    }
+    settings.endGroup();
+    // The offset rolls the map by whole hours; outside a day it means nothing.
+    if (overlays.MapOffset < 0 || overlays.MapOffset >= kMapOffsetHours)
+        overlays.MapOffset = 0;
+    return 0;
+}
+
+int SaveOverlays(const char *fileName, const OverlaySettings &overlays)
+{
+    SaveGroup(fileName, [&overlays](QSettings &settings) {
+        settings.beginGroup("OVERLAYS");
+        for (const OverlayKey &entry : kOverlayKeys) {
+            if (entry.flag)
+                settings.setValue(entry.key, overlays.*entry.flag);
+            else
+                settings.setValue(entry.key, overlays.*entry.number);
+        }
+        settings.endGroup();
+    });
+    return 0;
+}
+
+} // namespace lunaquill

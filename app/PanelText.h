@@ -1,0 +1,25 @@
+// Formatting of the numbers the panels show: printf formats into a fixed
+// buffer, as every displayed number is.
+#pragma once
+
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace lunaquill {
+
+// printf into a 128-byte buffer; longer results are cut.
+QString Printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
+
+// "<prefix>%02d-%02d %02d:%02d" of a Julian Date: month, day, hour, minute.
+QString RiseSetText(const char *prefix, double julianDate);
+
+// A fixed character field as text, read no further than its size.
+QString FieldText(const char *field, size_t size);
+
+// The name SourceButton shows for a tracked source, upper-cased; empty for an
+// index outside the 24 sources.
+QString SourceButtonText(int32_t source);
+
+} // namespace lunaquill

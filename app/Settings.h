@@ -1,0 +1,28 @@
+// The settings file: <home>/AppData/Roaming/Lunaquill/<file>, ini format, with
+// the groups HOME_DATA (home station, frequency, tracked source) and OVERLAYS
+// (what the map and the star charts show). Each load fills the whole record,
+// each save writes the whole group back; other keys of the file are kept.
+#pragma once
+
+#include "tracking/SharedState.h"
+
+#include <QString>
+
+namespace lunaquill {
+
+// The one file name every caller uses.
+inline constexpr const char *kSettingsFileName = "Lunaquill.ini";
+
+// <home>/AppData/Roaming/Lunaquill/ (used as it stands on every platform).
+QString SettingsFolder();
+// The settings folder followed by the file name.
+QString SettingsPath(const char *fileName);
+
+// Missing file or key: the defaults. A value that does not convert: 0.
+// Texts too long for their field are cut to it. All return 0.
+int LoadHomeData(const char *fileName, HomeData &home);
+int SaveHomeData(const char *fileName, const HomeData &home);
+int LoadOverlays(const char *fileName, OverlaySettings &overlays);
+int SaveOverlays(const char *fileName, const OverlaySettings &overlays);
+
+} // namespace lunaquill

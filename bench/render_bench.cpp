@@ -1,0 +1,65 @@
+// Costs of the map layers rebuilt on every display refresh, at the world
+// map's own 1600 x 800 size.
+#include "render/MapLayers.h"
+#include "render/ShadeOverlay.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+
+namespace {
+
+// A stand-in for the topographic image: smooth colours, no alpha.
+QPixmap SyntheticTopography()
+{
+    QImage image(1600, 800, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x % 256, y % 256, (x + y) % 256));
+    return QPixmap::fromImage(image);
+}
+
+void ShadeOverlayFast(benchmark::State &state)
+{
+    QPixmap layer(1600, 800);
+    for (auto _ : state)
+        lunaquill::CreateShadeOverlay(layer, 12.3, -45.6, 10.0);
+}
+BENCHMARK(ShadeOverlayFast)->Unit(benchmark::kMillisecond);
+
+void ShadeOverlayPointByPoint(benchmark::State &state)
+{
+    QPixmap layer(1600, 800);
+    for (auto _ : state)
+        lunaquill::CreateShadeOverlayReference(layer, 12.3, -45.6, 10.0);
+}
+BENCHMARK(ShadeOverlayPointByPoint)->Unit(benchmark::kMillisecond);
+
+void BaseMapWithGrid(benchmark::State &state)
+{
+    const QPixmap master = SyntheticTopography();
+    QPixmap baseMap(1600, 800);
+    for (auto _ : state)
+        lunaquill::DrawBaseMap(baseMap, master, 5, true, true);
+}
+BENCHMARK(BaseMapWithGrid)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Pixmaps need a GUI application; no window is ever shown.
+    if (!getenv("QT_QPA_PLATFORM"))
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    QGuiApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

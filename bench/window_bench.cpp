@@ -1,0 +1,101 @@
+// The map's costs at a 1600 x 800 map: one shading layer, the composed
+// screen overlay with every layer on, and a whole TimeAdjusted (recompute
+// every source, both shades, sky, screen overlay, draw), which play mode runs
+// once a second on the GUI thread.
+#include "app/MainWindow.h"
+
+#include "tracking/SharedState.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+
+using namespace lunaquill;
+
+namespace {
+
+MainWindow *window;
+
+void EveryLayerOn()
+{
+    homeData.latitude = 42.51;
+    homeData.longitude = -70.96;
+    homeData.frequency = 1296.0;
+    CopyField(homeData.grid, "FN42mm");
+    homeStationSet = 1;
+    CopyField(dxStation.grid, "QF56oc");
+    dxStation.latitude = -33.9;
+    dxStation.longitude = 151.2;
+    dxStationSet = 1;
+    OverlaySettings &on = overlaySettings;
+    on.SunOverlay = on.MoonOverlay = on.MercuryOverlay = on.VenusOverlay = on.MarsOverlay = true;
+    on.SaturnOverlay = on.JupiterOverlay = on.NeptuneOverlay = on.UranusOverlay = true;
+    on.PlutoOverlay = on.SunShadingOverlay = on.MoonShadingOverlay = on.SkyNoiseOverlay = true;
+    on.StarsOverlay = on.ConstellationsOverlay = on.LatitudeGridlines = true;
+    on.LongitudeGridlines = on.FavoriteStationsOverlay = true;
+    on.StarsMagnitude = 6;
+    on.StarChartOverlay = false;
+}
+
+void BM_SunShadeLayer(benchmark::State &state)
+{
+    QPixmap layer(1600, 800);
+    double longitude = 0;
+    for (auto _ : state) {
+        window->CreateShadeOverlay(layer, -20.0, longitude, 10.0);
+        longitude += 0.25;
+    }
+}
+BENCHMARK(BM_SunShadeLayer)->Unit(benchmark::kMillisecond);
+
+void BM_CreateScreenOverlay(benchmark::State &state)
+{
+    window->TimeAdjusted();
+    for (auto _ : state)
+        window->CreateScreenOverlay();
+}
+BENCHMARK(BM_CreateScreenOverlay)->Unit(benchmark::kMillisecond);
+
+void BM_TimeAdjusted(benchmark::State &state)
+{
+    for (auto _ : state) {
+        displayOffset += 60; // a new instant each time, as in play mode
+        window->TimeAdjusted();
+    }
+}
+BENCHMARK(BM_TimeAdjusted)->Unit(benchmark::kMillisecond);
+
+void BM_RecalculateSources(benchmark::State &state)
+{
+    for (auto _ : state) {
+        displayOffset += 60;
+        window->RecalculateSources();
+    }
+}
+BENCHMARK(BM_RecalculateSources)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QTemporaryDir home;
+    setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    // The images are found in pixmaps/ below the source folder.
+    QDir::setCurrent(LUNAQUILL_SOURCE_DIR);
+    QApplication application(argc, argv);
+    MainWindow mainWindow;
+    mainWindow.resize(1640, 960);
+    mainWindow.show();
+    QApplication::processEvents();
+    window = &mainWindow;
+    EveryLayerOn();
+
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,30 @@
+// The Sun and Moon shading layer: a map-sized grey image, white where the
+// body stands well above the horizon, black where it is below, with a short
+// linear ramp between. The map overlay lays it over the map translucently.
+#pragma once
+
+#include <QPixmap>
+
+namespace lunaquill {
+
+// Paints the shading of a body whose sub-point is (latitude, longitude),
+// degrees, over the whole layer. The grey is strength * cos(distance from the
+// sub-point), clamped to 0..1, computed in single precision from column
+// tables of the longitude sines and cosines that are kept for the process and
+// remade only when the layer width changes. Column 0 is 180 W, row 0 exactly
+// 90 N; the map offset is not applied (the finished layer is rolled when
+// drawn). If the tables cannot be allocated the layer keeps its old picture.
+void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, double strength);
+
+// The same picture drawn the slow way, point by point with a pen change at
+// each change of grey. Kept to prove that the fast version draws exactly the
+// same pixels.
+void CreateShadeOverlayReference(QPixmap &layer, double latitude, double longitude,
+                                 double strength);
+
+// The width the column tables were last made for, and how many times they
+// have been made since the process started.
+int ShadeColumnTableWidth();
+int ShadeColumnTableBuilds();
+
+} // namespace lunaquill

@@ -1,0 +1,42 @@
+// Latitude and longitude as the station dialogs show and read them: degrees,
+// minutes and seconds fields plus a hemisphere combo. No Qt here, so the
+// conversions can be checked on their own.
+#pragma once
+
+#include <string>
+
+namespace lunaquill {
+
+// Combo index of the hemisphere choice: 0 north or east, 1 south or west.
+enum Hemisphere { NorthOrEast = 0, SouthOrWest = 1 };
+
+// The three field texts and the combo index that show one decimal value:
+// degrees "%d" and minutes "%d" (both without sign, degrees reduced modulo
+// 360), seconds "%7.5f"; the sign goes to the combo. A value that is not a
+// finite number is shown as 0.
+struct PositionTexts {
+    std::string degrees;
+    std::string minutes;
+    std::string seconds;
+    int hemisphere;
+};
+PositionTexts PositionTextsFromValue(double value);
+
+// Each field keeps at most this many characters when it is read back.
+constexpr size_t PositionFieldLimit = 10;
+
+// The first PositionFieldLimit characters of a field's text.
+std::string CutPositionField(const std::string &text);
+
+// Decimal degrees from the three field texts (cut first, then read like
+// atoi, atoi, atof, always with '.' as the decimal point) and the combo
+// index: (min/60 + deg + sec/360), negated for a non-zero index. Returns
+// false and leaves value unchanged when the sum is not a finite number.
+bool ValueFromPositionFields(const std::string &degrees, const std::string &minutes,
+                             const std::string &seconds, int hemisphere, double &value);
+
+// printf "%W.Pf" with '.' whatever the process locale (Qt sets the locale
+// from the environment, and the texts must read back the same way).
+std::string FormatFixed(double value, int width, int precision);
+
+} // namespace lunaquill
