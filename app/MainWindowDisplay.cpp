@@ -102,20 +102,21 @@ void MainWindow::resizeEvent(QResizeEvent *event)
     LogGeometry("Lng labels size is: (%d x %d)", "Lng labels Geometry (%d,%d to %d,%d)",
                 lngStripRect);
 
-    // The map-sized images follow the map.
-    const QSize map = mapRect.size();
-    if (!topoMaster.isNull()) {
+    // The map-sized images follow the map (without a map image, nothing).
+    if (mapLoaded) {
+        const QSize map = mapRect.size();
         baseMap = topoMaster.scaled(map, Qt::IgnoreAspectRatio, Qt::FastTransformation);
         sunShade = baseMap;
         moonShade = baseMap;
+        if (!skyNoiseMaster.isNull())
+            scaledSkyNoise = skyNoiseMaster.scaled(map, Qt::IgnoreAspectRatio,
+                                                   Qt::FastTransformation);
+        skyLayer = QPixmap(map);
+        skyLayer.fill(Qt::black);
+        screenOverlay = QPixmap(map);
+        DrawMapOverlay();
+        ui->WorldMap->setPixmap(baseMap);
     }
-    if (!skyNoiseMaster.isNull())
-        scaledSkyNoise = skyNoiseMaster.scaled(map, Qt::IgnoreAspectRatio, Qt::FastTransformation);
-    skyLayer = QPixmap(map);
-    skyLayer.fill(Qt::black);
-    screenOverlay = QPixmap(map);
-    DrawMapOverlay();
-    ui->WorldMap->setPixmap(baseMap);
 
     // The four panels spread with equal gaps, the first gap at the left edge.
     QFrame *frames[] = {ui->Rect1Frame, ui->Rect2Frame, ui->Rect3Frame, ui->Rect4Frame};
