@@ -9,7 +9,7 @@ jobs=$(nproc)
 
 run_suite() {
   local dir=$1; shift
-  cmake -S "$root" -B "$dir" "$@" >/dev/null
+  cmake -S "$root" -B "$dir" -DCMAKE_RULE_MESSAGES=OFF "$@" >/dev/null
   cmake --build "$dir" -j "$jobs" -- --no-print-directory -s
   QT_QPA_PLATFORM=offscreen xvfb-run -a -s "-screen 0 1920x1080x24" \
     ctest --test-dir "$dir" --output-on-failure -j "$jobs"

@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -225,21 +226,34 @@ TEST_F(MapViewTest, SunShadeIsWhiteUnderTheSunAndBlackOppositeIt)
     EXPECT_EQ(shade.pixel(1595, 504), qRgb(0, 0, 0));
 }
 
-TEST_F(MapViewTest, MissingImagesLeaveTheMapBlankWithoutACrash)
+TEST_F(MapViewTest, MissingOrCorruptImagesLeaveTheMapBlankWithoutACrash)
 {
     const QString source = QDir::currentPath();
-    QTemporaryDir empty;
-    QDir::setCurrent(empty.path());
-    Open();
-    for (int i = 0; i < 200; ++i)
+    for (bool corrupt : {false, true}) {
+        QTemporaryDir folder;
+        if (corrupt) {
+            // Every image the window loads, as junk bytes.
+            QDir(folder.path()).mkdir("pixmaps");
+            for (const QString &name : QDir(source + "/pixmaps").entryList(QDir::Files)) {
+                QFile junk(folder.path() + "/pixmaps/" + name);
+                ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
+                junk.write(QByteArray(3000, '\x89') + "PNG JFIF junk");
+            }
+        }
+        QDir::setCurrent(folder.path());
+        Open();
+        for (int i = 0; i < 200; ++i)
+            window->TimerEvent();
+        window->TimeAdjusted();
+        window->ViewModeButtonPressed();
+        window->ViewModeButtonPressed();
+        Mouse(QEvent::MouseMove, MapPixel(500, 200), Qt::NoButton);
         window->TimerEvent();
-    window->TimeAdjusted();
-    Mouse(QEvent::MouseMove, MapPixel(500, 200), Qt::NoButton);
-    window->TimerEvent();
-    EXPECT_TRUE(window->baseMapPixmap().isNull());
-    EXPECT_TRUE(ui->WorldMap->pixmap().isNull());
-    window.reset();
-    QDir::setCurrent(source);
+        EXPECT_TRUE(window->baseMapPixmap().isNull()) << corrupt;
+        EXPECT_TRUE(ui->WorldMap->pixmap().isNull()) << corrupt;
+        window.reset();
+        QDir::setCurrent(source);
+    }
 }
 
 } // namespace
