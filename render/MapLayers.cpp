@@ -1,5 +1,7 @@
 #include "MapLayers.h"
 
+#include "Projection.h"
+
 #include <QBrush>
 #include <QColor>
 #include <QDebug>
@@ -13,15 +15,6 @@
 namespace lunaquill {
 
 namespace {
-
-int SaturateToInt(int64_t value)
-{
-    if (value < std::numeric_limits<int>::min())
-        return std::numeric_limits<int>::min();
-    if (value > std::numeric_limits<int>::max())
-        return std::numeric_limits<int>::max();
-    return int(value);
-}
 
 // A roll at column `split`: columns split..w of the source go to the left
 // edge, columns 0..split after them. The rectangles are given by their

@@ -21,15 +21,6 @@ int TruncateToInt(double value)
     return int(value);
 }
 
-int SaturateToInt(int64_t value)
-{
-    if (value < std::numeric_limits<int>::min())
-        return std::numeric_limits<int>::min();
-    if (value > std::numeric_limits<int>::max())
-        return std::numeric_limits<int>::max();
-    return int(value);
-}
-
 // x*x + y*y + z*z in 32-bit integers. Done unsigned so that an overflow
 // wraps (as the plain int sum always did in practice) instead of being
 // undefined.

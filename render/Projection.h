@@ -10,10 +10,23 @@
 // is unchanged.
 #pragma once
 
+#include <cstdint>
+#include <limits>
+
 #include <QPoint>
 #include <QRect>
 
 namespace lunaquill {
+
+// An integer sum worked in 64 bits, brought back into the int range.
+inline int SaturateToInt(int64_t value)
+{
+    if (value < std::numeric_limits<int>::min())
+        return std::numeric_limits<int>::min();
+    if (value > std::numeric_limits<int>::max())
+        return std::numeric_limits<int>::max();
+    return int(value);
+}
 
 // Degrees to radians as the drawing code has always done it: pi taken as
 // 3.14159265359, divided by 180.
