@@ -275,59 +275,6 @@ TEST_F(TimeConfig, OpensOnTheDisplayedInstantAsUtc)
     }
 }
 
-TEST_F(TimeConfig, YearOutsideTheListLeavesItsBoxEmpty)
-{
-    // 946684799 = 31 Dec 1999 23:59:59 UTC, one second before the list starts.
-    Shown shown {};
-    WithinOneSecond([&] {
-        displayOffset = static_cast<int32_t>(946684799 - time(nullptr));
-        TimeConfigDialog dialog;
-        shown = WhatTheDialogShows(dialog);
-    });
-    EXPECT_EQ(shown.fields[2], 1999);
-    EXPECT_EQ(shown.indices[2], -1);
-    EXPECT_EQ(shown.fields[0], 12);
-    EXPECT_EQ(shown.indices[0], 11);
-}
-
-TEST_F(TimeConfig, KeysOnTheBoxesSetTheFields)
-{
-    // Start from Fri 28 Feb 2025 13:05:09 UTC and step every box by keyboard.
-    displayOffset = static_cast<int32_t>(1740747909 - time(nullptr));
-    TimeConfigDialog dialog;
-    dialog.show();
-    Ui::TimeConfigDialog *ui = dialog.widgets();
-
-    QTest::keyClick(ui->MonthComboBox, Qt::Key_Down);   // March
-    EXPECT_EQ(dialogMonth, 3);
-    QTest::keyClick(ui->DayComboBox, Qt::Key_Home);     // "1"
-    EXPECT_EQ(dialogDay, 1);
-    QTest::keyClick(ui->DayComboBox, Qt::Key_End);      // "31"
-    EXPECT_EQ(dialogDay, 31);
-    QTest::keyClick(ui->YearComboBox, Qt::Key_End);     // "2047"
-    EXPECT_EQ(dialogYear, 2047);
-    QTest::keyClick(ui->YearComboBox, Qt::Key_Home);    // "2000"
-    EXPECT_EQ(dialogYear, 2000);
-    QTest::keyClick(ui->HoursComboBox, Qt::Key_Up);     // "12"
-    EXPECT_EQ(dialogHours, 12);
-    QTest::keyClick(ui->MinutesComboBox, Qt::Key_End);  // "59"
-    EXPECT_EQ(dialogMinutes, 59);
-    QTest::keyClick(ui->SecondsComboBox, Qt::Key_Home); // "00"
-    EXPECT_EQ(dialogSeconds, 0);
-    QTest::keyClick(ui->SecondsComboBox, Qt::Key_Down); // "01"
-    EXPECT_EQ(dialogSeconds, 1);
-}
-
-TEST_F(TimeConfig, OkAcceptsAndCancelRejects)
-{
-    for (QDialogButtonBox::StandardButton which : {QDialogButtonBox::Ok, QDialogButtonBox::Cancel}) {
-        TimeConfigDialog dialog;
-        QPushButton *button = dialog.widgets()->buttonBox->button(which);
-        QTimer::singleShot(0, button, [button] { QTest::mouseClick(button, Qt::LeftButton); });
-        EXPECT_EQ(dialog.exec(), which == QDialogButtonBox::Ok ? QDialog::Accepted : QDialog::Rejected);
-    }
-}
-
 // Entering a date and time and pressing Ok, then turning the fields into the
 // display offset as the main window does: the clock must show the entered
 // fields as UTC in every local zone, daylight saving or not.

@@ -110,13 +110,6 @@ OverlaySettings DirtyOverlays()
 
 } // namespace
 
-TEST(SettingsPath, FileInAppDataFolderOfHome)
-{
-    EXPECT_EQ(SettingsFolder(), lunaquill::test::TestHome() + "/AppData/Roaming/Lunaquill/");
-    EXPECT_EQ(SettingsPath("Lunaquill.ini"),
-              lunaquill::test::TestHome() + "/AppData/Roaming/Lunaquill/Lunaquill.ini");
-}
-
 TEST(Settings, FirstRunGivesDefaultsAndSaveWritesAllHomeKeys)
 {
     lunaquill::test::ClearTestHome();
@@ -481,24 +474,3 @@ INSTANTIATE_TEST_SUITE_P(Blockers, UnwritableSave,
                              return "Unknown";
                          });
 
-TEST(Settings, SaveWorksAgainOnceTheDiskHasRoom)
-{
-    // The failed save leaves nothing behind that spoils the next one.
-    const std::string file = FileNameOfThisTest();
-    WriteBytes(SettingsPath(file.c_str()), "[OVERLAYS]\nMapOffset=7\n");
-    HomeData home {};
-    CopyField(home.callsign, "G4XYZ");
-    CopyField(home.location, std::string(63, 'y').c_str());
-    {
-        FileSizeLimit limit(150);
-        SaveHomeData(file.c_str(), home);
-    }
-    HomeData loaded = DirtyHome();
-    LoadHomeData(file.c_str(), loaded);
-    ExpectDefaultHome(loaded);
-
-    SaveHomeData(file.c_str(), home);
-    LoadHomeData(file.c_str(), loaded);
-    EXPECT_STREQ(loaded.callsign, "G4XYZ");
-    EXPECT_EQ(IniEntries(SettingsPath(file.c_str())).value("OVERLAYS/MapOffset"), "7");
-}
