@@ -6,6 +6,7 @@
 #include "ui_MainWindow.h"
 
 #include "GuiTestSupport.h"
+#include "SharedStateReset.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
 
@@ -62,14 +63,7 @@ class MainWindowTest : public testing::Test
 protected:
     void SetUp() override
     {
-        test::ClearTestHome();
-        homeData = {};
-        dxStation = {};
-        overlaySettings = {};
-        memset(homeTracks, 0, sizeof homeTracks);
-        memset(dxTracks, 0, sizeof dxTracks);
-        displayOffset = 0;
-        homeStationSet = dxStationSet = homeSeesSource = dxSeesSource = 0;
+        test::ResetSharedState();
     }
 
     void Open(const char *ini = kBostonIni)

@@ -4,6 +4,7 @@
 #include "ui_MainWindow.h"
 
 #include "GuiTestSupport.h"
+#include "SharedStateReset.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
 
@@ -26,14 +27,7 @@ class MapViewTest : public testing::Test
 protected:
     void SetUp() override
     {
-        test::ClearTestHome();
-        homeData = {};
-        dxStation = {};
-        overlaySettings = {};
-        memset(homeTracks, 0, sizeof homeTracks);
-        memset(dxTracks, 0, sizeof dxTracks);
-        displayOffset = 0;
-        homeStationSet = dxStationSet = 0;
+        test::ResetSharedState();
     }
 
     void Open()

@@ -7,6 +7,7 @@
 #include "ui_TimeConfigDialog.h"
 
 #include "GuiTestSupport.h"
+#include "SharedStateReset.h"
 #include "tracking/SharedState.h"
 
 #include <QApplication>
@@ -30,13 +31,7 @@ class TimeControlsTest : public testing::Test
 protected:
     void SetUp() override
     {
-        test::ClearTestHome();
-        homeData = {};
-        dxStation = {};
-        overlaySettings = {};
-        memset(homeTracks, 0, sizeof homeTracks);
-        displayOffset = 0;
-        homeStationSet = dxStationSet = 0;
+        test::ResetSharedState();
         window = std::make_unique<MainWindow>();
         ui = window->widgets();
     }
