@@ -178,17 +178,6 @@ TEST(DrawBaseMap, PiecesComeFromTheMasterAtItsOwnResolution)
     EXPECT_FALSE(columns.contains(454));
 }
 
-TEST(DrawBaseMap, NullPixmapsAreLeftAlone)
-{
-    QPixmap base;
-    DrawBaseMap(base, Striped(100, 50, 3), 0, true, true);
-    EXPECT_TRUE(base.isNull());
-    QPixmap sized(100, 50);
-    sized.fill(Qt::blue);
-    DrawBaseMap(sized, QPixmap(), 0, true, true);
-    EXPECT_EQ(sized.toImage().pixel(50, 25), QColor(Qt::blue).rgb());
-}
-
 bool Inked(const QImage &image, int x, int y)
 {
     return image.pixel(x, y) != qRgb(0, 0, 0);
@@ -254,15 +243,6 @@ TEST(ScaleLabels, HourTextsStartAtTheirColumns)
         EXPECT_LE(left, x + 3) << "label " << i;
         from = x + textWidth + 2; // past this label
     }
-}
-
-TEST(ScaleLabels, BlackFillAndEmptySizes)
-{
-    // Texts start at x = 12: a 10-pixel-wide scale shows only its fill, edges included.
-    const QImage fill = LongitudeLabels(QSize(10, 30), 1600, 0).toImage();
-    EXPECT_EQ(LeftmostInk(fill.convertToFormat(QImage::Format_RGB32), 0, 29), 10);
-    EXPECT_TRUE(LatitudeLabels(QSize(0, 800), 800).isNull());
-    EXPECT_TRUE(LongitudeLabels(QSize(1600, 0), 1600, 0).isNull());
 }
 
 TEST(DrawRolled, LayerFollowsTheMapOffset)
@@ -355,17 +335,6 @@ TEST(RollSkyOverlay, DebugMessages)
               QStringList({"Shifting source_overlay to the RIGHT by 190 pixels",
                            "Copying source_overlay(190,0,240,10) to pixmap(0,0,50,10)",
                            "Copying source_overlay(0,0,190,10) to pixmap(50,0,240,10)"}));
-}
-
-TEST(RollSkyOverlay, NullPixmapsDrawNothing)
-{
-    QPixmap target;
-    RollSkyOverlay(target, Striped(240, 10, 100), 100, 40, false);
-    EXPECT_TRUE(target.isNull());
-    QPixmap sized(10, 10);
-    sized.fill(Qt::blue);
-    RollSkyOverlay(sized, QPixmap(), 100, 40, false);
-    EXPECT_EQ(sized.toImage().pixel(5, 5), QColor(Qt::blue).rgb());
 }
 
 } // namespace

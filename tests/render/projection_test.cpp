@@ -100,16 +100,6 @@ TEST(AzAltToDial, WorkedExamples)
     }
 }
 
-TEST(AzAltToDial, OnlyTheRectangleSizeCounts)
-{
-    // The rectangle's position is ignored; odd sizes halve by integer division.
-    EXPECT_EQ(AzAltToDial(QRect(300, 200, 1081, 1079), 0.0, 90.0), QPoint(540, 539));
-    // The radius is 540 pixels whatever the size: a small dial is overdrawn.
-    EXPECT_EQ(AzAltToDial(QRect(0, 0, 200, 200), 90.0, 0.0), QPoint(100 - 381, 100));
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(AzAltToDial(QRect(0, 0, 200, 200), nan, nan), QPoint(100, 100));
-}
-
 TEST(MapPixelToDialPixel, PushesOnePercentOutAndAddsTheCentre)
 {
     struct Row {
