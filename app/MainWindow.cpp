@@ -205,6 +205,39 @@ void MainWindow::TimerEvent()
     forceRefresh = false;
 }
 
+namespace {
+
+// The read-outs of one station for the tracked source.
+struct StationPanel {
+    QPushButton *azimuth, *elevation, *doppler, *spatialOffset, *skyTemperature, *degradation;
+    QPushButton *riseTime, *setTime;
+};
+
+// Colours a station's figures by whether it sees the source, writes them, and
+// returns whether it sees it. Azimuth 0 exactly counts as not seen, as the
+// rule has always been. The Doppler is left to the caller.
+int32_t ShowStation(const StationPanel &panel, const SourceTrack &record, bool riseSet)
+{
+    const int32_t sees = (record.azimuth > 0 && record.elevation > 0) ? 1 : 0;
+    for (QPushButton *figure : {panel.azimuth, panel.elevation, panel.doppler,
+                                panel.spatialOffset, panel.skyTemperature, panel.degradation})
+        figure->setStyleSheet(sees ? kDarkGreenStyle : kDarkRedStyle);
+    if (!sees)
+        panel.doppler->setText(" ");
+    panel.azimuth->setText(Printf("%7.2f", record.azimuth));
+    panel.elevation->setText(Printf("%7.2f", record.elevation));
+    panel.spatialOffset->setText(Printf("%0.1f", record.spatialOffset));
+    panel.skyTemperature->setText(Printf("%0.1f", record.skyTemperature));
+    panel.degradation->setText(Printf("%0.1f", record.degradation));
+    if (riseSet) {
+        panel.riseTime->setText(RiseSetText("Rise: ", record.riseTime));
+        panel.setTime->setText(RiseSetText("Set: ", record.setTime));
+    }
+    return sees;
+}
+
+} // namespace
+
 void MainWindow::RefreshPanels()
 {
     panelTicks = 0;
@@ -216,35 +249,20 @@ void MainWindow::RefreshPanels()
         bits |= TrackDistance | TrackRiseSet;
     if (homeData.trackingSource == Moon)
         bits |= TrackDistance;
+    const bool riseSet = bits & TrackRiseSet;
 
     // Computed even without a home station (then at latitude and longitude 0).
     SourceTrack &home = TrackedRecord(homeTracks);
     ComputeSource((uint32_t)homeData.trackingSource, bits, utc, homeData.latitude,
                   homeData.longitude, homeData.frequency, home);
     refreshAll = false;
-
-    QPushButton *homeFigures[] = {ui->HomeAzimuth, ui->HomeElevation, ui->HomeDoppler,
-                                  ui->HomeSpatialOffset, ui->HomeSkyTemp, ui->HomeDegradation};
-    // Azimuth 0 exactly counts as not seen, as the rule has always been.
-    homeSeesSource = (home.azimuth > 0 && home.elevation > 0) ? 1 : 0;
-    for (QPushButton *figure : homeFigures)
-        figure->setStyleSheet(homeSeesSource ? kDarkGreenStyle : kDarkRedStyle);
-    if (!homeSeesSource)
-        ui->HomeDoppler->setText(" ");
-
-    ui->HomeAzimuth->setText(Printf("%7.2f", home.azimuth));
-    ui->HomeElevation->setText(Printf("%7.2f", home.elevation));
-    ui->HomeSpatialOffset->setText(Printf("%0.1f", home.spatialOffset));
-    ui->HomeSkyTemp->setText(Printf("%0.1f", home.skyTemperature));
-    ui->HomeDegradation->setText(Printf("%0.1f", home.degradation));
+    homeSeesSource = ShowStation({ui->HomeAzimuth, ui->HomeElevation, ui->HomeDoppler,
+                                  ui->HomeSpatialOffset, ui->HomeSkyTemp, ui->HomeDegradation,
+                                  ui->HomeRiseTime, ui->HomeSetTime},
+                                 home, riseSet);
     ui->PathLoss->setText(Printf("%0.1f", home.pathLossVsPerigee));
-
     if (bits == TrackAll)
         UpdateDisplay();
-    if (bits & TrackRiseSet) {
-        ui->HomeRiseTime->setText(RiseSetText("Rise: ", home.riseTime));
-        ui->HomeSetTime->setText(RiseSetText("Set: ", home.setTime));
-    }
     if (bits & TrackDistance) {
         ui->Distance->setText(homeData.trackingSource == Moon
                                   ? Printf("%6.0f km", home.distance * 1.5e8)
@@ -256,27 +274,13 @@ void MainWindow::RefreshPanels()
     if (dxStationSet) {
         ComputeSource((uint32_t)homeData.trackingSource, bits, utc, dxStation.latitude,
                       dxStation.longitude, homeData.frequency, dx);
-        QPushButton *dxFigures[] = {ui->DxAzimuth, ui->DxElevation, ui->DxDoppler,
-                                    ui->DxSpatialOffset, ui->DxSkyTemp, ui->DxDegradation};
-        dxSeesSource = (dx.azimuth > 0 && dx.elevation > 0) ? 1 : 0;
-        for (QPushButton *figure : dxFigures)
-            figure->setStyleSheet(dxSeesSource ? kDarkGreenStyle : kDarkRedStyle);
-        if (!dxSeesSource)
-            ui->DxDoppler->setText(" ");
-        const bool mutual = homeSeesSource && dxSeesSource;
-        ui->MutualDoppler->setStyleSheet(mutual ? kDarkGreenStyle : kDarkRedStyle);
-        if (!mutual)
-            ui->MutualDoppler->setText(" ");
-        ui->DxAzimuth->setText(Printf("%7.2f", dx.azimuth));
-        ui->DxElevation->setText(Printf("%7.2f", dx.elevation));
+        dxSeesSource = ShowStation({ui->DxAzimuth, ui->DxElevation, ui->DxDoppler,
+                                    ui->DxSpatialOffset, ui->DxSkyTemp, ui->DxDegradation,
+                                    ui->DxRiseTime, ui->DxSetTime},
+                                   dx, riseSet);
         ui->DxDoppler->setText(Printf("%7.0f Hz", dx.doppler));
-        ui->DxSpatialOffset->setText(Printf("%0.1f", dx.spatialOffset));
-        ui->DxSkyTemp->setText(Printf("%0.1f", dx.skyTemperature));
-        ui->DxDegradation->setText(Printf("%0.1f", dx.degradation));
-        if (bits & TrackRiseSet) {
-            ui->DxRiseTime->setText(RiseSetText("Rise: ", dx.riseTime));
-            ui->DxSetTime->setText(RiseSetText("Set: ", dx.setTime));
-        }
+        ui->MutualDoppler->setStyleSheet(homeSeesSource && dxSeesSource ? kDarkGreenStyle
+                                                                        : kDarkRedStyle);
     } else {
         // dxSeesSource keeps its last value, so the mutual figure may still
         // be formed from the last DX Doppler.
