@@ -3,6 +3,7 @@
 #include "MainWindow.h"
 
 #include "AboutDialog.h"
+#include "FrequencyDialog.h"
 #include "Settings.h"
 #include "ui_MainWindow.h"
 
@@ -61,9 +62,9 @@ bool MainWindow::SetDxStation()
     return true;
 }
 
-// The Sources table, the band and favourites lists, the overlay switches and
-// the frequency have dialogs of their own that are not part of the program
-// yet; their slots keep what can be done without them.
+// The Sources table, the band and favourites lists and the overlay switches
+// have dialogs of their own that are not part of the program yet; their
+// slots keep what can be done without them.
 bool MainWindow::SourcesDisplay()
 {
     return true;
@@ -101,5 +102,10 @@ bool MainWindow::SetOverlays()
 
 bool MainWindow::SetFrequency()
 {
+    FrequencyDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        SaveHomeData(kSettingsFileName, homeData);
+        UpdateDisplay();
+    }
     return true;
 }
