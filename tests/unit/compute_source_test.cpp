@@ -2,6 +2,7 @@
 // unknown ids, request bits and bad input.
 #include "tracking/ComputeSource.h"
 #include "tracking/EmeFigures.h"
+#include "UtcTime.h"
 #include "tracking/LunarCache.h"
 
 #include <gtest/gtest.h>
@@ -14,13 +15,6 @@
 using namespace lunaquill;
 
 namespace {
-
-struct tm Utc(time_t t)
-{
-    struct tm utc {};
-    gmtime_r(&t, &utc);
-    return utc;
-}
 
 double JulianDay(time_t t)
 {

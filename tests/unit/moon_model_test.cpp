@@ -2,6 +2,7 @@
 // Doppler against the change of the range that libnova's Moon gives.
 #include "tracking/ComputeSource.h"
 #include "tracking/EmeFigures.h"
+#include "UtcTime.h"
 
 #include <gtest/gtest.h>
 #include <libnova/libnova.h>
@@ -11,13 +12,6 @@
 using namespace lunaquill;
 
 namespace {
-
-struct tm Utc(time_t t)
-{
-    struct tm utc {};
-    gmtime_r(&t, &utc);
-    return utc;
-}
 
 double UtHours(const struct tm &utc)
 {
