@@ -3,7 +3,6 @@
 // of strength * cos(angular distance from the sub-point).
 #include "render/ShadeOverlay.h"
 
-#include <QColor>
 #include <QImage>
 #include <QPixmap>
 
@@ -22,10 +21,8 @@ QImage Shade(int width, int height, double latitude, double longitude, double st
 {
     QPixmap layer(width, height);
     layer.fill(Qt::red); // every pixel must be overwritten
-    if (reference)
-        CreateShadeOverlayReference(layer, latitude, longitude, strength);
-    else
-        CreateShadeOverlay(layer, latitude, longitude, strength);
+    (reference ? CreateShadeOverlayReference : CreateShadeOverlay)(layer, latitude, longitude,
+                                                                    strength);
     return layer.toImage().convertToFormat(QImage::Format_RGB32);
 }
 
@@ -33,83 +30,47 @@ QImage Shade(int width, int height, double latitude, double longitude, double st
 int Grey(const QImage &image, int x, int y)
 {
     const QRgb p = image.pixel(x, y);
-    if (qRed(p) != qGreen(p) || qGreen(p) != qBlue(p) || qAlpha(p) != 255)
-        return -1;
-    return qRed(p);
+    return qRed(p) == qGreen(p) && qGreen(p) == qBlue(p) && qAlpha(p) == 255 ? qRed(p) : -1;
 }
 
-struct ShadeCase {
-    const char *note;
-    int width, height;
-    double latitude, longitude, strength;
-};
-
-class ShadeIdentity : public testing::TestWithParam<ShadeCase> {};
-
-TEST_P(ShadeIdentity, FastEqualsPointByPoint)
+TEST(ShadeOverlay, FastEqualsPointByPointBitForBit)
 {
-    const ShadeCase &c = GetParam();
-    const QImage fast = Shade(c.width, c.height, c.latitude, c.longitude, c.strength);
-    const QImage reference = Shade(c.width, c.height, c.latitude, c.longitude, c.strength, true);
-    ASSERT_EQ(fast.size(), reference.size());
-    int differing = 0;
-    QPoint first;
-    for (int y = 0; y < fast.height(); ++y)
-        for (int x = 0; x < fast.width(); ++x)
-            if (fast.pixel(x, y) != reference.pixel(x, y) && differing++ == 0)
-                first = QPoint(x, y);
-    EXPECT_EQ(differing, 0) << "first at " << first.x() << "," << first.y();
-    for (int y = 0; y < fast.height(); ++y)
-        for (int x = 0; x < fast.width(); ++x)
-            ASSERT_GE(Grey(fast, x, y), 0) << "not an opaque grey at " << x << "," << y;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Layers, ShadeIdentity,
-    testing::Values(ShadeCase{"Sun_1600x800", 1600, 800, 0.0, 0.0, 10.0},
-                    ShadeCase{"Moon_1600x800", 1600, 800, -18.7, 133.25, 8.0},
-                    ShadeCase{"odd_width", 37, 19, 23.4, -120.5, 8.0},
-                    ShadeCase{"pure_cosine", 101, 50, -60.0, 170.0, 1.0},
-                    ShadeCase{"near_pole", 333, 167, 89.9, 45.0, 10.0},
-                    ShadeCase{"antimeridian", 64, 32, -23.44, -179.9, 0.5},
-                    ShadeCase{"zero_strength", 50, 25, 10.0, 10.0, 0.0},
-                    ShadeCase{"negative_strength", 61, 30, 10.0, 10.0, -3.0},
-                    ShadeCase{"nan_sub_point", 20, 10, std::numeric_limits<double>::quiet_NaN(),
-                              0.0, 10.0},
-                    ShadeCase{"one_pixel", 1, 1, 90.0, 0.0, 10.0}),
-    [](const testing::TestParamInfo<ShadeCase> &info) { return std::string(info.param.note); });
-
-// Independent model: the grey of pixel (c, r) from the exact angular
-// distance, pixel longitudes 360 c / w - 180 and latitudes 90 - 180 r / h.
-double ModelGrey(int c, int r, int w, int h, double latitude, double longitude, double strength)
-{
-    const double rad = M_PI / 180.0;
-    const double rowLatitude = (90.0 - 180.0 * r / h) * rad;
-    const double columnLongitude = (360.0 * c / w - 180.0) * rad;
-    const double cosDistance =
-        sin(rowLatitude) * sin(latitude * rad) +
-        cos(rowLatitude) * cos(latitude * rad) * cos(columnLongitude - longitude * rad);
-    return 255.0 * std::clamp(strength * cosDistance, 0.0, 1.0);
+    const struct { int width, height; double latitude, longitude, strength; } cases[] = {
+        {1600, 800, 0.0, 0.0, 10.0},     {1600, 800, -18.7, 133.25, 8.0}, // Sun, Moon
+        {37, 19, 23.4, -120.5, 8.0},     {101, 50, -60.0, 170.0, 1.0},
+        {333, 167, 89.9, 45.0, 10.0},    {64, 32, -23.44, -179.9, 0.5},
+        {61, 30, 10.0, 10.0, -3.0},      {1, 1, 90.0, 0.0, 10.0},
+        {20, 10, std::numeric_limits<double>::quiet_NaN(), 0.0, 10.0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " at " << c.latitude
+                                        << "," << c.longitude << " strength " << c.strength);
+        const QImage fast = Shade(c.width, c.height, c.latitude, c.longitude, c.strength);
+        EXPECT_EQ(fast, Shade(c.width, c.height, c.latitude, c.longitude, c.strength, true));
+        for (int y = 0; y < fast.height(); ++y)
+            for (int x = 0; x < fast.width(); ++x)
+                ASSERT_GE(Grey(fast, x, y), 0) << "not an opaque grey at " << x << "," << y;
+    }
 }
 
 TEST(ShadeOverlay, FollowsTheCosineOfTheDistance)
 {
-    struct Body {
-        double latitude, longitude, strength;
-    } bodies[] = {{23.0, -45.0, 10.0}, {-5.5, 100.0, 8.0}, {40.0, 170.0, 1.0}};
-    for (const Body &b : bodies) {
-        const int w = 360, h = 180;
-        const QImage image = Shade(w, h, b.latitude, b.longitude, b.strength);
-        for (int r = 0; r < h; ++r) {
-            for (int c = 0; c < w; ++c) {
-                // Single precision moves v by about 1e-6 * strength: allow the
-                // truncation to fall either side of a nearby integer.
-                const double model = ModelGrey(c, r, w, h, b.latitude, b.longitude, b.strength);
-                const int grey = Grey(image, c, r);
-                ASSERT_GE(grey, int(std::floor(model - 0.02))) << c << "," << r;
-                ASSERT_LE(grey, int(std::floor(model + 0.02))) << c << "," << r;
+    // Pixel (c, r) lies at longitude 360 c / w - 180, latitude 90 - 180 r / h.
+    const double rad = M_PI / 180.0;
+    const struct { double latitude, longitude, strength; } bodies[] = {
+        {23.0, -45.0, 10.0}, {-5.5, 100.0, 8.0}, {40.0, 170.0, 1.0}};
+    for (const auto &b : bodies) {
+        const QImage image = Shade(360, 180, b.latitude, b.longitude, b.strength);
+        for (int r = 0; r < 180; ++r)
+            for (int c = 0; c < 360; ++c) {
+                const double phi = (90.0 - r) * rad, lambda = (c - 180.0) * rad;
+                const double cosDistance = sin(phi) * sin(b.latitude * rad) +
+                    cos(phi) * cos(b.latitude * rad) * cos(lambda - b.longitude * rad);
+                const double model = 255.0 * std::clamp(b.strength * cosDistance, 0.0, 1.0);
+                // Single precision moves the grey by about 1e-6 * strength * 255.
+                ASSERT_GE(Grey(image, c, r), int(std::floor(model - 0.02))) << c << "," << r;
+                ASSERT_LE(Grey(image, c, r), int(std::floor(model + 0.02))) << c << "," << r;
             }
-        }
     }
 }
 
@@ -118,56 +79,33 @@ TEST(ShadeOverlay, SunAtZeroZero)
     const QImage image = Shade(1600, 800, 0.0, 0.0, 10.0);
     EXPECT_EQ(Grey(image, 800, 400), 255); // the sub-point
     EXPECT_EQ(Grey(image, 0, 400), 0);     // the antipode
-    // The lit part of the equator row runs from the 90 W column (400) to the
-    // 90 E column (1200), to within a pixel.
-    int firstLit = -1, lastLit = -1;
+    // Along the equator: lit from 90 W (column 400) to 90 E (1200), full white
+    // where cos d >= 1 / 10, within 84.26 degrees or 374.5 columns of 800.
+    QList<int> lit, white;
     for (int c = 0; c < 1600; ++c) {
-        if (Grey(image, c, 400) > 0) {
-            if (firstLit < 0)
-                firstLit = c;
-            lastLit = c;
-        }
+        if (Grey(image, c, 400) > 0)
+            lit.append(c);
+        if (Grey(image, c, 400) == 255)
+            white.append(c);
     }
-    EXPECT_NEAR(firstLit, 400, 1);
-    EXPECT_NEAR(lastLit, 1200, 1);
-    // Full white where cos d >= 1 / 10, within 84.26 degrees: 374.5 columns
-    // either side of 800.
-    int firstWhite = -1, lastWhite = -1;
-    for (int c = 0; c < 1600; ++c) {
-        if (Grey(image, c, 400) == 255) {
-            if (firstWhite < 0)
-                firstWhite = c;
-            lastWhite = c;
-        }
-    }
-    EXPECT_NEAR(firstWhite, 426, 1);
-    EXPECT_NEAR(lastWhite, 1174, 1);
+    ASSERT_FALSE(lit.isEmpty());
+    EXPECT_NEAR(lit.first(), 400, 1);
+    EXPECT_NEAR(lit.last(), 1200, 1);
+    EXPECT_EQ(lit.size(), lit.last() - lit.first() + 1) << "one lit stretch";
+    EXPECT_NEAR(white.first(), 426, 1);
+    EXPECT_NEAR(white.last(), 1174, 1);
 }
 
-TEST(ShadeOverlay, StrengthOneHasNoPlateau)
+TEST(ShadeOverlay, StrengthOneHasNoPlateauAndTheTopRowIsThePole)
 {
     const QImage image = Shade(1600, 800, 0.0, 0.0, 1.0);
-    int white = 0;
-    for (int y = 0; y < 800; ++y)
-        for (int x = 0; x < 1600; ++x)
-            white += Grey(image, x, y) == 255;
-    EXPECT_LE(white, 1);
     EXPECT_EQ(Grey(image, 800, 400), 255);
-    // cos(60.075 degrees) = 0.49887, * 255 = 127.2 at column 1067
-    EXPECT_EQ(Grey(image, 1067, 400), 127);
-    EXPECT_EQ(Grey(image, 801, 400), 254); // cos(0.225 degrees) * 255 = 254.998
-}
-
-TEST(ShadeOverlay, TopRowIsExactlyTheNorthPole)
-{
-    // At 90 N every column is the same point: one grey level across the row.
-    // Strength 1: sin 23 degrees * 255 = 99.6.
-    const QImage image = Shade(1600, 800, 23.0, 0.0, 1.0);
+    EXPECT_EQ(Grey(image, 801, 400), 254);  // cos(0.225 degrees) * 255 = 254.998, no plateau
+    EXPECT_EQ(Grey(image, 1067, 400), 127); // cos(60.075 degrees) * 255 = 127.2
+    // Row 0 is exactly 90 N: with the Sun at +23 one grey, sin 23 * 255 = 99.6.
+    const QImage summer = Shade(1600, 800, 23.0, 0.0, 1.0);
     for (int c = 0; c < 1600; ++c)
-        ASSERT_EQ(Grey(image, c, 0), 99) << "column " << c;
-    const QImage strong = Shade(1600, 800, 23.0, 0.0, 10.0);
-    for (int c = 0; c < 1600; ++c)
-        ASSERT_EQ(Grey(strong, c, 0), 255) << "column " << c;
+        ASSERT_EQ(Grey(summer, c, 0), 99) << "column " << c;
 }
 
 TEST(ShadeOverlay, ColumnTablesFollowTheWidth)
@@ -175,31 +113,20 @@ TEST(ShadeOverlay, ColumnTablesFollowTheWidth)
     Shade(211, 10, 0.0, 0.0, 10.0);
     const int builds = ShadeColumnTableBuilds();
     EXPECT_EQ(ShadeColumnTableWidth(), 211);
-
     Shade(211, 77, 30.0, 60.0, 8.0); // same width, other height: reused
     EXPECT_EQ(ShadeColumnTableBuilds(), builds);
-
     Shade(212, 10, 0.0, 0.0, 10.0); // resize: remade
     EXPECT_EQ(ShadeColumnTableBuilds(), builds + 1);
     EXPECT_EQ(ShadeColumnTableWidth(), 212);
-
-    // After a resize the tables describe the new width: compare with a
-    // layer made from scratch at that width by the reference path.
-    const QImage again = Shade(211, 20, 10.0, 20.0, 10.0);
-    const QImage reference = Shade(211, 20, 10.0, 20.0, 10.0, true);
-    EXPECT_EQ(again, reference);
-}
-
-TEST(ShadeOverlay, EmptyLayerDrawsNothing)
-{
+    // Back at 211 the tables describe that width again.
+    EXPECT_EQ(Shade(211, 20, 10.0, 20.0, 10.0), Shade(211, 20, 10.0, 20.0, 10.0, true));
+    // An empty layer draws nothing; the next real layer is fully drawn again.
     QPixmap empty;
     CreateShadeOverlay(empty, 0.0, 0.0, 10.0);
     CreateShadeOverlayReference(empty, 0.0, 0.0, 10.0);
     EXPECT_TRUE(empty.isNull());
     EXPECT_EQ(ShadeColumnTableWidth(), 0);
-    // The next real layer is fully drawn again.
-    const QImage image = Shade(8, 4, 0.0, 0.0, 10.0);
-    EXPECT_EQ(Grey(image, 4, 2), 255);
+    EXPECT_EQ(Grey(Shade(8, 4, 0.0, 0.0, 10.0), 4, 2), 255);
 }
 
 } // namespace
