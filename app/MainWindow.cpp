@@ -167,9 +167,13 @@ void MainWindow::TimerEvent()
 {
     // Each tick counts 10 ms whatever the time really taken: a panel refresh
     // comes every 101 ticks, an overlay rebuild every 6001.
+    // A forced refresh is consumed by the panel refresh itself, so one asked
+    // for later in a tick (the play step) is shown at the next tick.
     panelTicks += 10;
-    if (forceRefresh || panelTicks > 1000)
+    if (forceRefresh || panelTicks > 1000) {
         RefreshPanels();
+        forceRefresh = false;
+    }
 
     hoverTicks += 10;
     if (hoverTicks > 5000) {
@@ -184,9 +188,10 @@ void MainWindow::TimerEvent()
     if (playTicks > 1000) {
         playTicks = 0;
         if (playing) {
-            displayOffset += timeStep;
+            AdvanceDisplayOffset(timeStep);
             RecalculateSources();
             overlaysStale = true;
+            forceRefresh = true; // the clock and every figure follow at the next tick
         }
     }
 
@@ -197,12 +202,10 @@ void MainWindow::TimerEvent()
         RebuildOverlays();
         redrawRequested = true;
     } else if (!redrawRequested) {
-        forceRefresh = false;
         return;
     }
     Redraw();
     redrawRequested = false;
-    forceRefresh = false;
 }
 
 namespace {
@@ -319,4 +322,12 @@ void MainWindow::TimeAdjusted()
     RecalculateSources();
     RebuildOverlays();
     Redraw();
+    forceRefresh = true; // rise, set and distance for the new instant at the next tick
+}
+
+void MainWindow::DialogAccepted()
+{
+    RecalculateSources();
+    overlaysStale = true;
+    forceRefresh = true;
 }

@@ -178,6 +178,9 @@ private:
     int32_t overlayTicks = 0;
 
     void RefreshPanels();
+    // After an accepted dialog: every source for the stations as they now
+    // stand, the overlays and every panel figure at the next tick.
+    void DialogAccepted();
     void RebuildOverlays();
     void Redraw();
     void StepTime(int32_t step, QWidget *pressed);

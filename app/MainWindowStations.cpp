@@ -30,6 +30,7 @@ bool MainWindow::HomeStation()
         if (homeData.grid[0] != '\0')
             homeStationSet = 1;
         UpdateDisplay();
+        DialogAccepted();
     }
     return true;
 }
@@ -50,6 +51,7 @@ bool MainWindow::DxStation()
     if (dialog.exec() == QDialog::Accepted) {
         CheckDxGrid();
         UpdateDisplay();
+        DialogAccepted();
     }
     return true;
 }
@@ -57,8 +59,10 @@ bool MainWindow::DxStation()
 bool MainWindow::SetDxStation()
 {
     DxSelectDialog dialog;
-    if (dialog.exec() == QDialog::Accepted)
+    if (dialog.exec() == QDialog::Accepted) {
         UpdateDisplay();
+        DialogAccepted();
+    }
     return true;
 }
 
@@ -106,6 +110,7 @@ bool MainWindow::SetFrequency()
     if (dialog.exec() == QDialog::Accepted) {
         SaveHomeData(kSettingsFileName, homeData);
         UpdateDisplay();
+        DialogAccepted();
     }
     return true;
 }

@@ -24,7 +24,7 @@ void MainWindow::StepTime(int32_t step, QWidget *pressed)
     SetStepButtonsGray();
     pressed->setStyleSheet(kDarkBlueStyle);
     timeStep = step;
-    displayOffset += step;
+    AdvanceDisplayOffset(step);
     TimeAdjusted();
 }
 

@@ -1,5 +1,8 @@
 #include "SharedState.h"
 
+#include <algorithm>
+#include <climits>
+
 namespace lunaquill {
 
 HomeData homeData;
@@ -12,6 +15,12 @@ int32_t homeStationSet;
 int32_t dxStationSet;
 int32_t homeSeesSource;
 int32_t dxSeesSource;
+
+void AdvanceDisplayOffset(int32_t step)
+{
+    const int64_t sum = int64_t(displayOffset) + step;
+    displayOffset = int32_t(std::clamp<int64_t>(sum, INT32_MIN, INT32_MAX));
+}
 
 time_t DisplayedTime()
 {

@@ -67,6 +67,10 @@ extern int32_t dxStationSet;    // the DX grid is non-empty (and converts)
 extern int32_t homeSeesSource;  // the tracked source was up at the last refresh
 extern int32_t dxSeesSource;
 
+// Moves the display offset by a step, stopping at the limits of its 32 bits
+// instead of wrapping (a wrap would throw the clock back to 1958).
+void AdvanceDisplayOffset(int32_t step);
+
 // The displayed instant: system time in whole seconds plus the display offset.
 time_t DisplayedTime();
 // Its UTC breakdown.
