@@ -32,7 +32,7 @@ FavoritesDialog::FavoritesDialog(const QString &fileName, bool show, QWidget *pa
     ui = std::make_unique<Ui::FavoritesDialog>();
     ui->setupUi(this);
     QTableWidget *table = ui->tableWidget;
-    const int widths[ColumnCount - 1] = {220, 110, 80, 80, 80, 100, 100, 90};
+    const int widths[ColumnCount - 1] = {190, 100, 80, 75, 75, 100, 100, 95};
     for (int column = 0; column < ColumnCount - 1; ++column)
         table->setColumnWidth(column, widths[column]);
     moon = std::make_unique<SourceTrack[]>(FavoriteCapacity);
