@@ -40,8 +40,8 @@ FavoritesDialog::FavoritesDialog(const QString &fileName, bool show, QWidget *pa
     connect(table, &QTableWidget::itemClicked, this, &FavoritesDialog::FavoriteSelected);
     connect(ui->buttonBox, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(ui->buttonBox, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    // A clock running ahead is followed closely; at or behind real time the
-    // figures change slowly enough for a refill every five seconds.
+    // A clock set ahead, as when planning, is followed closely; at or behind
+    // real time a refill every five seconds does (deliberately asymmetric).
     connect(&timer, &QTimer::timeout, this, &FavoritesDialog::TimerEvent);
     timer.start(displayOffset > 0 ? 100 : 5000);
 }
