@@ -2,19 +2,23 @@
 #include "MainWindow.h"
 
 #include "PanelText.h"
+#include "Settings.h"
 #include "ui_MainWindow.h"
 
 #include "render/MapLayers.h"
 #include "render/Projection.h"
 #include "render/ShadeOverlay.h"
 #include "tracking/ComputeSource.h"
+#include "tracking/FavoriteList.h"
 #include "tracking/Maidenhead.h"
 #include "tracking/SharedState.h"
 
 #include <QDebug>
 #include <QDir>
+#include <QFile>
 
 #include <cstring>
+#include <memory>
 
 using namespace lunaquill;
 
@@ -371,8 +375,8 @@ void MainWindow::StarAttributes(double magnitude, double colourIndex, QColor &co
     colour = QColor("#ffd7b1");
 }
 
-// The star and constellation tables and the favourites lists are not part of
-// the program yet: these layers draw nothing until they are.
+// The star and constellation tables are not part of the program yet: these
+// layers draw nothing until they are.
 void MainWindow::DrawMapStars(QPainter &painter, int constellation)
 {
     Q_UNUSED(painter);
@@ -387,8 +391,23 @@ void MainWindow::DrawMapConstellation(QPainter &painter, int constellation)
 
 void MainWindow::DrawFavorites(QPainter &painter, const QString &fileName)
 {
-    Q_UNUSED(painter);
-    Q_UNUSED(fileName);
+    // Read afresh at each rebuild (a small file), so edits show within a
+    // minute; a missing list draws nothing.
+    auto list = std::make_unique<FavoriteList>();
+    if (ReadFavoriteList(QFile::encodeName(SettingsFolder() + fileName).constData(), *list) != 0)
+        return;
+    for (int i = 0; i < list->count; ++i) {
+        const FavoriteEntry &entry = list->entries[i];
+        double latitude, longitude;
+        if (GridToLatLong(entry.grid, latitude, longitude) != 0)
+            continue;
+        QPoint p;
+        LatLongToPoint(latitude, longitude, p);
+        p.setX(p.x() + 6);
+        painter.drawEllipse(p, 2, 2);
+        const QString call = FieldText(entry.callsign, sizeof entry.callsign);
+        painter.drawText(p.x() - 3 * (int)call.size(), p.y() - 8, call);
+    }
 }
 
 namespace {

@@ -3,6 +3,7 @@
 #include "MainWindow.h"
 
 #include "AboutDialog.h"
+#include "FavoritesDialog.h"
 #include "FrequencyDialog.h"
 #include "Settings.h"
 #include "ui_MainWindow.h"
@@ -66,9 +67,9 @@ bool MainWindow::SetDxStation()
     return true;
 }
 
-// The Sources table, the band and favourites lists and the overlay switches
-// have dialogs of their own that are not part of the program yet; their
-// slots keep what can be done without them.
+// The Sources table and the overlay switches have dialogs of their own that
+// are not part of the program yet; their slots keep what can be done without
+// them.
 bool MainWindow::SourcesDisplay()
 {
     return true;
@@ -83,7 +84,13 @@ void MainWindow::SourceButtonPressed()
 
 bool MainWindow::Favorites(const QString &fileName)
 {
-    Q_UNUSED(fileName);
+    // A click on a row has set the DX station already, whatever the result.
+    FavoritesDialog dialog(fileName, true);
+    if (dialog.exec() == QDialog::Accepted) {
+        CheckDxGrid();
+        UpdateDisplay();
+        DialogAccepted();
+    }
     return true;
 }
 

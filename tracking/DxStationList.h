@@ -25,8 +25,8 @@ extern int dxStationCount;
 // Reads the list into dxStationRecords (cleared first) and dxStationCount.
 // Returns 0 when reading stopped normally (end of file, "ZZZZZZ", or a full
 // list), DxStationsUnreadable with a count of 0 when the file cannot be
-// opened. Lines are read in 256-byte pieces, so a longer line gives two or
-// more records.
+// opened. Lines are read in pieces of 255 characters (CR LF counts as one),
+// so a longer line gives two or more records.
 uint32_t ReadDxStations(const char *path);
 
 } // namespace lunaquill

@@ -1,0 +1,195 @@
+// The band and favourites lists: the table against the calculator, clicks
+// that set the DX station, the refresh timer, and the favourites on the map.
+#include "app/FavoritesDialog.h"
+#include "app/MainWindow.h"
+#include "ui_FavoritesDialog.h"
+#include "ui_MainWindow.h"
+
+#include "GuiTestSupport.h"
+#include "SharedStateReset.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <libnova/julian_day.h>
+
+#include <cmath>
+#include <memory>
+
+using namespace lunaquill;
+
+namespace {
+
+void WriteList(const char *name, const char *text)
+{
+    QFile file(test::SettingsFolder() + name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(text);
+}
+
+QString Date(double jd)
+{
+    ln_date d;
+    ln_get_date(jd, &d);
+    return QString::asprintf("%02d-%02d %02d:%02d", d.months, d.days, d.hours, d.minutes);
+}
+
+class FavoritesDialogTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        test::ResetSharedState();
+        homeData.frequency = 144.1;
+        // FN42 and OE47 lie almost antipodal, so the Moon is up at exactly one
+        // of them; MOON is no locator; nothing after ZZZZZZ is read.
+        WriteList("Eme144M.txt", "/ test list\nQ1ABC,FN42,a,b,c,d,Boston\n"
+                                 "Q2XYZ,OE47,a,b,c,d,Indian Ocean\nQ3BAD,MOON,a,b,c,d,Nowhere\n"
+                                 "ZZZZZZ,,,,,,\nQ4NOT,JO62,a,b,c,d,after the end\n");
+    }
+};
+
+TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
+{
+    displayOffset = (int32_t)(1748736000 - time(nullptr)); // 2025-06-01 00:00 UTC
+    std::unique_ptr<FavoritesDialog> dialog;
+    time_t shown;
+    do { // the first fill, again if a second boundary fell inside it
+        shown = DisplayedTime();
+        dialog = std::make_unique<FavoritesDialog>("Eme144M.txt", true);
+    } while (DisplayedTime() != shown);
+    QTableWidget *table = dialog->widgets()->tableWidget;
+    EXPECT_EQ(dialog->windowTitle(), "Favorites List");
+    EXPECT_EQ(dialog->size(), QSize(981, 729));
+    QStringList headers;
+    for (int column = 0; column < table->columnCount(); ++column)
+        headers << table->horizontalHeaderItem(column)->text();
+    EXPECT_EQ(headers.join('|'), "Location|Callsign|Grid|Azimuth|Elevation|Rise Time|Set Time|"
+                                 "Doppler|Spatial Offset");
+    ASSERT_EQ(table->rowCount(), 3);
+
+    const struct tm utc = *gmtime(&shown);
+    const double jd = 2440587.5 + shown / 86400.0;
+    const struct { const char *location, *call, *grid; double latitude, longitude; } stations[] = {
+        {"Boston", "Q1ABC", "FN42", 42.5208333, -70.9583333}, // worked example of the locator
+        // 40 - 90 + 7 + 12.5 * 2.5 / 60, 8 + 280 + 12.5 * 5 / 60 - 180
+        {"Indian Ocean", "Q2XYZ", "OE47", -42.4791667, 109.0416667},
+    };
+    int up = 0;
+    for (int row = 0; row < 2; ++row) {
+        const auto &s = stations[row];
+        SourceTrack moon{};
+        ComputeSource(Moon, TrackPosition, utc, s.latitude, s.longitude, 144.1, moon);
+        ComputeSource(Moon, TrackAll, utc, s.latitude, s.longitude, 144.1, moon);
+        ASSERT_GT(std::abs(moon.elevation), 2.0) << "choose an instant away from moonrise";
+        const QString expected[9] = {
+            s.location, s.call, s.grid, QString::asprintf("%0.2f", moon.azimuth),
+            QString::asprintf("%0.2f", moon.elevation), Date(moon.riseTime), Date(moon.setTime),
+            QString::asprintf("%0.1f Hz", moon.doppler), QString::asprintf("%0.1f", moon.spatialOffset)};
+        const QColor background = moon.elevation > 0 ? QColor(172, 255, 172) : QColor(190, 190, 190);
+        for (int column = 0; column < 9; ++column) {
+            QTableWidgetItem *item = table->item(row, column);
+            EXPECT_EQ(item->text(), expected[column]) << row << "," << column;
+            EXPECT_EQ(item->background().color(), background) << row << "," << column;
+            EXPECT_EQ(item->foreground().color(), QColor(Qt::black));
+        }
+        if (moon.elevation > 0) { // during a pass: the rise of this pass, the set to come
+            ++up;
+            EXPECT_LT(moon.riseTime, jd);
+            EXPECT_GT(moon.setTime, jd);
+        }
+    }
+    EXPECT_EQ(up, 1);
+    for (int column = 0; column < 9; ++column)
+        EXPECT_EQ(table->item(2, column)->text(), "") << "a grid that fails leaves its row blank";
+}
+
+TEST_F(FavoritesDialogTest, AClickSetsTheDxStationAndOkChecksItsGrid)
+{
+    const struct { int row; const char *call, *grid; double latitude, longitude; int set; } rows[] = {
+        {0, "Q1ABC", "FN42", 42.5208333, -70.9583333, 1},
+        {2, "Q3BAD", "MOON", 0.0, 0.0, 0}, // blank row: still copied, but no DX station
+    };
+    for (const auto &r : rows) {
+        dxStation = {};
+        dxStationSet = 0;
+        CopyField(dxStation.location, "kept");
+        MainWindow window;
+        QTimer::singleShot(0, [&] {
+            auto *dialog = qobject_cast<FavoritesDialog *>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            QTableWidget *table = dialog->widgets()->tableWidget;
+            QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                              table->visualItemRect(table->item(r.row, 1)).center());
+            dialog->widgets()->buttonBox->button(QDialogButtonBox::Ok)->click();
+        });
+        window.widgets()->actionEme144M->trigger();
+        EXPECT_STREQ(dxStation.callsign, r.call);
+        EXPECT_STREQ(dxStation.grid, r.grid);
+        EXPECT_NEAR(dxStation.latitude, r.latitude, 1e-6);
+        EXPECT_NEAR(dxStation.longitude, r.longitude, 1e-6);
+        EXPECT_STREQ(dxStation.location, "kept");
+        EXPECT_EQ(dxStationSet, r.set) << r.grid;
+    }
+}
+
+// The table and its timer as the list and the clock allow: 100 ms only ahead of now.
+TEST_F(FavoritesDialogTest, TableAndRefreshAsTheListAndTheClockAllow)
+{
+    WriteList("Eme50M.txt", "ZZZZZZ,,,,,,\nQ1ABC,FN42,a,b,c,d,x\n");
+    const struct { const char *file; bool show; int offset, count, rows, interval; } cases[] = {
+        {"Eme144M.txt", true, -1, 3, 3, 5000}, {"Eme144M.txt", true, 0, 3, 3, 5000},
+        {"Eme144M.txt", true, 1, 3, 3, 100},   {"Eme50M.txt", true, 1, 0, 0, 100},
+        {"Eme47G.txt", true, 1, 0, -1, 0},     // missing: a bare dialog, no timer
+        {"Eme144M.txt", false, 1, 3, -1, 0},   // read only, as for the map
+    };
+    for (const auto &c : cases) {
+        displayOffset = c.offset;
+        FavoritesDialog dialog(c.file, c.show);
+        EXPECT_EQ(dialog.count(), c.count) << c.file;
+        ASSERT_EQ(dialog.widgets() != nullptr, c.rows >= 0) << c.file;
+        EXPECT_EQ(c.rows < 0 ? -1 : dialog.widgets()->tableWidget->rowCount(), c.rows);
+        EXPECT_EQ(dialog.refreshTimer().isActive() ? dialog.refreshTimer().interval() : 0, c.interval)
+            << c.file << " " << c.offset;
+    }
+    // Ahead of now the table follows a step of the clock within 100 ms.
+    auto dialog = std::make_unique<FavoritesDialog>("Eme144M.txt", true);
+    QTableWidgetItem *azimuth = dialog->widgets()->tableWidget->item(0, 3);
+    const QString before = azimuth->text();
+    displayOffset += 3600;
+    QTRY_VERIFY_WITH_TIMEOUT(azimuth->text() != before, 1000);
+    // Destroyed with its timer running: no refill may reach the freed dialog
+    // (the sanitizer build would report it).
+    dialog.reset();
+    QTest::qWait(250);
+}
+
+TEST_F(FavoritesDialogTest, FavouritesAreMarkedOnTheMap)
+{
+    WriteList("Favorites.txt", "Q1ABC,FN42,a,b,c,d,Boston\nQ3BAD,MOON,a,b,c,d,x\n");
+    MainWindow window;
+    window.resize(1640, 960);
+    window.show();
+    QApplication::processEvents();
+    ASSERT_EQ(window.widgets()->WorldMap->size(), QSize(1600, 800));
+    overlaySettings = {};
+    overlaySettings.FavoriteStationsOverlay = true;
+    window.CreateScreenOverlay();
+    const QImage image = window.screenOverlayPixmap().toImage();
+    // FN42 at x = (180 - 70.958) * 1600 / 360 + 6 = 490.6, y = (90 - 42.521) * 800 / 180 = 211.0;
+    // the call's baseline 8 pixels higher, starting 3 * 5 pixels to the left.
+    int circle = 0, call = 0, elsewhere = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (image.pixel(x, y) == qRgb(255, 255, 0))
+                ++(QRect(487, 208, 8, 7).contains(x, y)   ? circle
+                   : QRect(470, 190, 45, 15).contains(x, y) ? call
+                                                            : elsewhere);
+    EXPECT_GE(circle, 9);
+    EXPECT_GT(call, 10);
+    EXPECT_EQ(elsewhere, 0) << "one station drawn";
+}
+
+} // namespace
