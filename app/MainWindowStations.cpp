@@ -12,6 +12,9 @@
 #include "tracking/HomeStationDialog.h"
 #include "tracking/Maidenhead.h"
 #include "tracking/SharedState.h"
+#include "tracking/SourcesDialog.h"
+
+#include "render/OverlaysDialog.h"
 
 using namespace lunaquill;
 
@@ -66,20 +69,34 @@ bool MainWindow::SetDxStation()
     return true;
 }
 
-// The Sources table, the band and favourites lists and the overlay switches
-// have dialogs of their own that are not part of the program yet; their
-// slots keep what can be done without them.
+// The tracked source chosen in the Sources table stays in force whatever the
+// result; Ok also saves it.
 bool MainWindow::SourcesDisplay()
 {
+    SourcesDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        SaveHomeData(kSettingsFileName, homeData);
+        UpdateDisplay();
+        DialogAccepted();
+    }
     return true;
 }
 
 void MainWindow::SourceButtonPressed()
 {
+    SourcesDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        SaveHomeData(kSettingsFileName, homeData);
+        UpdateDisplay();
+        DialogAccepted();
+    }
     // Whatever the dialog's result, the panels refresh with every figure.
     refreshAll = true;
     UpdateDisplay();
 }
+
+// The band and favourites lists have a dialog of their own that is not part
+// of the program yet.
 
 bool MainWindow::Favorites(const QString &fileName)
 {
@@ -101,6 +118,13 @@ bool MainWindow::EmeFavorites() { return Favorites("Favorites.txt"); }
 
 bool MainWindow::SetOverlays()
 {
+    OverlaysDialog dialog;
+    if (dialog.exec() == QDialog::Accepted)
+        SaveOverlays(kSettingsFileName, overlaySettings);
+    // The switches changed as they were clicked, and a cancel keeps them in
+    // memory (only Ok saves): the map and the charts follow them either way.
+    DrawMapOverlay();
+    TimeAdjusted();
     return true;
 }
 
