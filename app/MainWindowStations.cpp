@@ -13,6 +13,9 @@
 #include "tracking/HomeStationDialog.h"
 #include "tracking/Maidenhead.h"
 #include "tracking/SharedState.h"
+#include "tracking/SourcesDialog.h"
+
+#include "render/OverlaysDialog.h"
 
 using namespace lunaquill;
 
@@ -67,16 +70,27 @@ bool MainWindow::SetDxStation()
     return true;
 }
 
-// The Sources table and the overlay switches have dialogs of their own that
-// are not part of the program yet; their slots keep what can be done without
-// them.
+// The tracked source chosen in the Sources table stays in force whatever the
+// result; Ok also saves it.
 bool MainWindow::SourcesDisplay()
 {
+    SourcesDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        SaveHomeData(kSettingsFileName, homeData);
+        UpdateDisplay();
+        DialogAccepted();
+    }
     return true;
 }
 
 void MainWindow::SourceButtonPressed()
 {
+    SourcesDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        SaveHomeData(kSettingsFileName, homeData);
+        UpdateDisplay();
+        DialogAccepted();
+    }
     // Whatever the dialog's result, the panels refresh with every figure.
     refreshAll = true;
     UpdateDisplay();
@@ -108,6 +122,15 @@ bool MainWindow::EmeFavorites() { return Favorites("Favorites.txt"); }
 
 bool MainWindow::SetOverlays()
 {
+    // The switches change as they are clicked, and a cancel keeps them in
+    // memory: the map follows them at its next rebuild. Only Ok saves them and
+    // redraws at once.
+    OverlaysDialog dialog;
+    if (dialog.exec() == QDialog::Accepted) {
+        SaveOverlays(kSettingsFileName, overlaySettings);
+        DrawMapOverlay();
+        TimeAdjusted();
+    }
     return true;
 }
 

@@ -31,8 +31,8 @@ int ReadInt(const std::string &text)
     return (int)std::clamp<long>(value, -INT_MAX, INT_MAX);
 }
 
-// atof in the C locale: leading white space, an optional sign, then as much
-// of a number as there is; 0 when there is none or it is out of range.
+} // namespace
+
 double ReadDouble(const std::string &text)
 {
     const char *p = text.c_str();
@@ -49,8 +49,6 @@ double ReadDouble(const std::string &text)
         value = 0;
     return negative ? -value : value;
 }
-
-} // namespace
 
 PositionTexts PositionTextsFromValue(double value)
 {

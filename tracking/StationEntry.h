@@ -35,6 +35,10 @@ std::string CutPositionField(const std::string &text);
 bool ValueFromPositionFields(const std::string &degrees, const std::string &minutes,
                              const std::string &seconds, int hemisphere, double &value);
 
+// atof in the C locale: leading white space, an optional sign, then as much
+// of a number as there is; 0 when there is none or it is out of range.
+double ReadDouble(const std::string &text);
+
 // printf "%W.Pf" with '.' whatever the process locale (Qt sets the locale
 // from the environment, and the texts must read back the same way).
 std::string FormatFixed(double value, int width, int precision);
