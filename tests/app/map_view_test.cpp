@@ -209,10 +209,10 @@ TEST_F(MapViewTest, StarsFollowTheMagnitudeLimitOutlinesTheirSwitch)
 {
     Open();
     LayersOff();
-    const QImage base = window->baseMapPixmap().toImage();
     auto changedPixels = [&] {
         window->CreateScreenOverlay();
         const QImage shown = window->screenOverlayPixmap().toImage();
+        const QImage base = window->baseMapPixmap().toImage();
         int changed = 0;
         for (int y = 0; y < shown.height(); ++y)
             for (int x = 0; x < shown.width(); ++x)

@@ -167,27 +167,6 @@ TEST(SkyLayers, NumbersOutsideTheTablesDrawNothing)
     EXPECT_TRUE(Painted(map).empty());
 }
 
-TEST(SkyLayers, LabelSitsAboveAndLeftOfItsPoint)
-{
-    // "AND" starts 3 pixels a letter left of its point, on the baseline 8 above.
-    double latitude, longitude;
-    SubSourcePoint(kEquinox, kConstellations[0].rightAscension, kConstellations[0].declination,
-                   latitude, longitude);
-    const QPoint at = LatLongToPoint(1600, 800, 0, latitude, longitude);
-    QImage map = Black(1600, 800);
-    QPainter painter(&map);
-    painter.setPen(Qt::white);
-    DrawConstellationLabel(painter, {1600, 800, 0, kEquinox}, 0);
-    painter.end();
-    int left = 1600, bottom = 0;
-    for (const auto &[x, y] : Painted(map)) {
-        left = std::min(left, x);
-        bottom = std::max(bottom, y);
-    }
-    EXPECT_NEAR(left, at.x() - 9, 2);
-    EXPECT_NEAR(bottom, at.y() - 9, 1); // capitals end on the row above the baseline
-}
-
 // The fast star drawing against one drawEllipse per star: every catalogue
 // object over a textured image, dense maps where discs overlap, the map
 // edges, other opacities and formats.

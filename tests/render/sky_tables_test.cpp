@@ -14,7 +14,6 @@
 #include <cmath>
 #include <cstring>
 #include <set>
-#include <string>
 #include <vector>
 
 using namespace lunaquill;
@@ -27,13 +26,6 @@ int Index(const char *abbreviation)
         if (strcmp(kConstellations[c].abbreviation, abbreviation) == 0)
             return c;
     return -1;
-}
-
-std::string Format(const char *format, double value)
-{
-    char text[32];
-    snprintf(text, sizeof text, format, value);
-    return text;
 }
 
 TEST(SkyTables, ConstellationRows)
@@ -51,9 +43,9 @@ TEST(SkyTables, ConstellationRows)
         const ConstellationRow &c = kConstellations[row.index];
         EXPECT_STREQ(c.abbreviation, row.abbreviation);
         EXPECT_STREQ(c.name, row.name);
-        EXPECT_EQ(Format("%.7f", c.rightAscension), row.ra);
-        EXPECT_EQ(Format("%.6f", c.declination), row.dec);
-        EXPECT_EQ(Format("%.2f", c.area), row.area);
+        EXPECT_EQ(QString::number(c.rightAscension, 'f', 7), row.ra);
+        EXPECT_EQ(QString::number(c.declination, 'f', 6), row.dec);
+        EXPECT_EQ(QString::number(c.area, 'f', 2), row.area);
         EXPECT_EQ(c.rank, row.rank);
     }
     EXPECT_STREQ(kConstellations[1].name, "Antila"); // the table's own spelling, kept
