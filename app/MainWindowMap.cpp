@@ -8,6 +8,7 @@
 #include "render/MapLayers.h"
 #include "render/Projection.h"
 #include "render/ShadeOverlay.h"
+#include "render/SkyLayers.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/FavoriteList.h"
 #include "tracking/Maidenhead.h"
@@ -33,6 +34,12 @@ bool SubPointOf(const SourceTrack &record) { return record.valid != 0; }
 QPixmap LoadImage(const char *name)
 {
     return QPixmap(QDir::currentPath() + name);
+}
+
+// The map as the sky layers see it, at the displayed instant.
+SkyView SkyViewOf(const QRect &map)
+{
+    return {map.width(), map.height(), overlaySettings.MapOffset, DisplayedUtc()};
 }
 
 } // namespace
@@ -248,8 +255,10 @@ void MainWindow::CreateScreenOverlay()
 {
     if (baseMap.isNull())
         return;
-    screenOverlay = baseMap.copy();
-    QPainter painter(&screenOverlay);
+    // Painted as an image: the star layer blends its thousands of tiny discs
+    // straight into the pixels.
+    QImage canvas = baseMap.toImage();
+    QPainter painter(&canvas);
     const OverlaySettings &on = overlaySettings;
 
     if (on.SkyNoiseOverlay && !skyLayer.isNull()) {
@@ -265,8 +274,11 @@ void MainWindow::CreateScreenOverlay()
     if (on.ConstellationsOverlay) {
         painter.setOpacity(1.0);
         painter.setPen(Qt::black);
-        for (int c = 0; c < 88; ++c)
+        const SkyView view = SkyViewOf(ui->WorldMap->geometry());
+        for (int c = 0; c < 88; ++c) {
             DrawMapConstellation(painter, c);
+            DrawConstellationLabel(painter, view, c);
+        }
     }
 
     // Radio sources only together with the sky noise.
@@ -314,6 +326,8 @@ void MainWindow::CreateScreenOverlay()
     }
     if (on.FavoriteStationsOverlay)
         DrawFavorites(painter, "Favorites.txt");
+    painter.end();
+    screenOverlay = QPixmap::fromImage(std::move(canvas));
 }
 
 void MainWindow::DrawMap()
@@ -361,32 +375,18 @@ void MainWindow::DrawMap()
 
 void MainWindow::StarAttributes(double magnitude, double colourIndex, QColor &colour, int &size)
 {
-    size = magnitude < 0 ? 2 : 1;
-    const struct { double below; const char *name; } scale[] = {
-        {-0.16, "#a09eff"}, {0.15, "#a0d7ff"}, {0.45, "#d7e8ff"}, {0.68, "#ffffff"},
-        {1.15, "#ffffdc"},  {1.6, "#ffe6aa"},
-    };
-    for (const auto &step : scale) {
-        if (colourIndex < step.below) {
-            colour = QColor(step.name);
-            return;
-        }
-    }
-    colour = QColor("#ffd7b1");
+    StarStyle(magnitude, colourIndex, colour, size);
 }
 
-// The star and constellation tables are not part of the program yet: these
-// layers draw nothing until they are.
 void MainWindow::DrawMapStars(QPainter &painter, int constellation)
 {
-    Q_UNUSED(painter);
-    Q_UNUSED(constellation);
+    DrawConstellationObjects(painter, SkyViewOf(ui->WorldMap->geometry()), constellation,
+                             overlaySettings.StarsMagnitude);
 }
 
 void MainWindow::DrawMapConstellation(QPainter &painter, int constellation)
 {
-    Q_UNUSED(painter);
-    Q_UNUSED(constellation);
+    DrawConstellationOutline(painter, SkyViewOf(ui->WorldMap->geometry()), constellation);
 }
 
 void MainWindow::DrawFavorites(QPainter &painter, const QString &fileName)

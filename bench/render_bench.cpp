@@ -2,6 +2,7 @@
 // map's own 1600 x 800 size.
 #include "render/MapLayers.h"
 #include "render/ShadeOverlay.h"
+#include "render/SkyLayers.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -47,6 +48,61 @@ void BaseMapWithGrid(benchmark::State &state)
         lunaquill::DrawBaseMap(baseMap, master, 5, true, true);
 }
 BENCHMARK(BaseMapWithGrid)->Unit(benchmark::kMillisecond);
+
+// The star and constellation layers as the screen overlay draws them (onto an
+// image): every catalogue object (magnitude limit 20) at opacity 0.5, then the
+// outlines and abbreviations, at 2024-03-20 12:00 UTC. SkyStarsOneByOne is the
+// same stars drawn as one ellipse each.
+lunaquill::SkyView BenchSkyView()
+{
+    struct tm utc = {};
+    utc.tm_year = 124;
+    utc.tm_mon = 2;
+    utc.tm_mday = 20;
+    utc.tm_hour = 12;
+    return {1600, 800, 0, utc};
+}
+
+void SkyStars(benchmark::State &state)
+{
+    QImage layer = SyntheticTopography().toImage();
+    const lunaquill::SkyView view = BenchSkyView();
+    for (auto _ : state) {
+        QPainter painter(&layer);
+        painter.setOpacity(0.5);
+        for (int c = 0; c < lunaquill::kConstellationCount; ++c)
+            lunaquill::DrawConstellationObjects(painter, view, c, 20);
+    }
+}
+BENCHMARK(SkyStars)->Unit(benchmark::kMillisecond);
+
+void SkyStarsOneByOne(benchmark::State &state)
+{
+    QImage layer = SyntheticTopography().toImage();
+    const lunaquill::SkyView view = BenchSkyView();
+    for (auto _ : state) {
+        QPainter painter(&layer);
+        painter.setOpacity(0.5);
+        for (int c = 0; c < lunaquill::kConstellationCount; ++c)
+            lunaquill::DrawObjectsOneByOne(painter, view, lunaquill::kCatalogue[c], 20);
+    }
+}
+BENCHMARK(SkyStarsOneByOne)->Unit(benchmark::kMillisecond);
+
+void SkyConstellations(benchmark::State &state)
+{
+    QImage layer = SyntheticTopography().toImage();
+    const lunaquill::SkyView view = BenchSkyView();
+    for (auto _ : state) {
+        QPainter painter(&layer);
+        painter.setPen(Qt::black);
+        for (int c = 0; c < lunaquill::kConstellationCount; ++c) {
+            lunaquill::DrawConstellationOutline(painter, view, c);
+            lunaquill::DrawConstellationLabel(painter, view, c);
+        }
+    }
+}
+BENCHMARK(SkyConstellations)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

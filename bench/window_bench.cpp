@@ -36,7 +36,7 @@ void EveryLayerOn()
     on.PlutoOverlay = on.SunShadingOverlay = on.MoonShadingOverlay = on.SkyNoiseOverlay = true;
     on.StarsOverlay = on.ConstellationsOverlay = on.LatitudeGridlines = true;
     on.LongitudeGridlines = on.FavoriteStationsOverlay = true;
-    on.StarsMagnitude = 6;
+    on.StarsMagnitude = 20; // every catalogue object
     on.StarChartOverlay = false;
 }
 

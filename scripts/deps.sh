@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   g++ make cmake
   qt6-base-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev
+  libqt6sql6-sqlite
   libnova-dev
   libgtest-dev libbenchmark-dev
   xvfb xauth libgl1-mesa-dri libglx-mesa0 libegl-mesa0

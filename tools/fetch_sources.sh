@@ -1,10 +1,11 @@
 #!/bin/sh
-# Downloads and unpacks the Debian packages the image generators read, into
+# Downloads and unpacks the Debian packages the generators read, into
 # tools/downloads/<package>/. Nothing is installed. Run again: it skips what it has.
+# Usage: tools/fetch_sources.sh [package...]   (default: every package below)
 set -eu
 
 downloads="$(cd "$(dirname "$0")" && pwd)/downloads"
-packages="xplanet-images"
+packages="${*:-xplanet-images python3-astropy kstars-data}"
 
 # apt-get download needs package lists; refresh them only when they are missing.
 have_lists() {

@@ -205,6 +205,32 @@ TEST_F(MapViewTest, RadioSourcesOnlyWithSkyNoiseIconsOnlyForTrackedBodies)
     EXPECT_EQ(window->screenOverlayPixmap().toImage(), window->baseMapPixmap().toImage());
 }
 
+TEST_F(MapViewTest, StarsFollowTheMagnitudeLimitOutlinesTheirSwitch)
+{
+    Open();
+    LayersOff();
+    auto changedPixels = [&] {
+        window->CreateScreenOverlay();
+        const QImage shown = window->screenOverlayPixmap().toImage();
+        const QImage base = window->baseMapPixmap().toImage();
+        int changed = 0;
+        for (int y = 0; y < shown.height(); ++y)
+            for (int x = 0; x < shown.width(); ++x)
+                changed += shown.pixel(x, y) != base.pixel(x, y);
+        return changed;
+    };
+    // No star is brighter than magnitude -2; below -1 there is Sirius (-1.44)
+    // alone, a disc of 21 pixels.
+    overlaySettings.StarsOverlay = true;
+    overlaySettings.StarsMagnitude = -2;
+    EXPECT_EQ(changedPixels(), 0);
+    overlaySettings.StarsMagnitude = -1;
+    EXPECT_EQ(changedPixels(), 21);
+    overlaySettings.StarsOverlay = false;
+    overlaySettings.ConstellationsOverlay = true;
+    EXPECT_GT(changedPixels(), 1542);
+}
+
 TEST_F(MapViewTest, SunShadeIsWhiteUnderTheSunAndBlackOppositeIt)
 {
     Open();

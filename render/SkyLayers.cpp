@@ -1,0 +1,285 @@
+#include "SkyLayers.h"
+
+#include "Projection.h"
+#include "tracking/EmeFigures.h"
+
+#include <QPaintEngine>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace lunaquill {
+
+namespace {
+
+QPoint MapPoint(const SkyView &view, double raHours, double decDegrees, double &longitude)
+{
+    double latitude;
+    SubSourcePoint(view.utc, raHours, decDegrees, latitude, longitude);
+    return LatLongToPoint(view.mapWidth, view.mapHeight, view.mapOffset, latitude, longitude);
+}
+
+bool InTable(int c) { return c >= 0 && c < kConstellationCount; }
+
+// The colour scale by colour index: first step whose bound lies above it.
+constexpr int kStarColours = 7;
+const double kColourBounds[kStarColours - 1] = {-0.16, 0.15, 0.45, 0.68, 1.15, 1.6};
+const QRgb kStarRgb[kStarColours] = {0xa09eff, 0xa0d7ff, 0xd7e8ff, 0xffffff,
+                                     0xffffdc, 0xffe6aa, 0xffd7b1};
+
+int ColourStep(double colourIndex)
+{
+    int step = 0;
+    while (step < kStarColours - 1 && !(colourIndex < kColourBounds[step]))
+        ++step;
+    return step;
+}
+
+} // namespace
+
+void StarStyle(double magnitude, double colourIndex, QColor &colour, int &size)
+{
+    size = magnitude < 0 ? 2 : 1;
+    colour = QColor::fromRgb(kStarRgb[ColourStep(colourIndex)]);
+}
+
+bool IsDrawnObject(const CatalogueObject &object, int magnitudeLimit)
+{
+    const unsigned type = unsigned(object.type);  // negative types fail the range test
+    return type < 12 && ((3726u >> type) & 1u) && magnitudeLimit >= object.magnitude;
+}
+
+namespace {
+
+// One pen and one brush per colour step, made once.
+struct StarPaints {
+    QPen pens[kStarColours];
+    QBrush brushes[kStarColours];
+    StarPaints()
+    {
+        for (int i = 0; i < kStarColours; ++i) {
+            pens[i] = QPen(QColor::fromRgb(kStarRgb[i]));
+            brushes[i] = QBrush(QColor::fromRgb(kStarRgb[i]), Qt::SolidPattern);
+        }
+    }
+};
+
+const StarPaints &Paints()
+{
+    static const StarPaints paints;
+    return paints;
+}
+
+struct Star {
+    QPoint centre;
+    int size;
+    int colour;  // step of the colour scale
+};
+
+// The drawn objects of the list, in table order, with their map points.
+std::vector<Star> StarsOf(const SkyView &view, const ObjectList &list, int magnitudeLimit)
+{
+    std::vector<Star> stars;
+    stars.reserve(size_t(std::max(list.count, 0)));
+    for (int i = 0; i < list.count; ++i) {
+        const CatalogueObject &object = list.objects[i];
+        if (!IsDrawnObject(object, magnitudeLimit))
+            continue;
+        double longitude;
+        stars.push_back({MapPoint(view, object.rightAscension, object.declination, longitude),
+                         object.magnitude < 0 ? 2 : 1, ColourStep(object.colourIndex)});
+    }
+    return stars;
+}
+
+// The pixels the raster engine blends for drawEllipse(centre, r, r) with a
+// one-pixel pen and a brush, as rows [first, last] relative to the centre: a
+// plus of 5 for r = 1, a 5 x 5 square without its corners for r = 2. Pen and
+// brush both cover the left end of the middle rows, which is therefore
+// blended twice (the last rows below).
+struct DiscRow {
+    int dy, first, last;
+};
+const DiscRow kDisc1[] = {{-1, 0, 0}, {0, -1, 1}, {1, 0, 0}, {0, -1, -1}};
+const DiscRow kDisc2[] = {{-2, -1, 1}, {-1, -2, 2}, {0, -2, 2},  {1, -2, 2},
+                          {2, -1, 1},  {-1, -2, -2}, {0, -2, -2}, {1, -2, -2}};
+
+// The 32-bit image under the painter when its pixels can be blended directly
+// with exactly the engine's arithmetic; null otherwise.
+QImage *DirectTarget(QPainter &painter)
+{
+    QPaintDevice *device = painter.device();
+    if (!device || device->devType() != QInternal::Image || !painter.paintEngine()
+        || painter.paintEngine()->type() != QPaintEngine::Raster)
+        return nullptr;
+    QImage *image = static_cast<QImage *>(device);
+    const bool format = image->format() == QImage::Format_RGB32
+                        || image->format() == QImage::Format_ARGB32_Premultiplied;
+    const bool plain = painter.deviceTransform().type() == QTransform::TxNone
+                       && !painter.hasClipping()
+                       && painter.compositionMode() == QPainter::CompositionMode_SourceOver
+                       && !painter.testRenderHint(QPainter::Antialiasing);
+    return format && plain ? image : nullptr;
+}
+
+// The premultiplied colour the engine blends for each star colour at this
+// opacity, read back from the engine itself: an ellipse drawn onto
+// transparent pixels leaves exactly that colour. Made again only when the
+// opacity changes.
+const QRgb *EngineColours(qreal opacity)
+{
+    static qreal madeFor = -1;
+    static QRgb colours[kStarColours];
+    if (opacity != madeFor) {
+        QImage probe(3, 3, QImage::Format_ARGB32_Premultiplied);
+        for (int c = 0; c < kStarColours; ++c) {
+            probe.fill(0);
+            QPainter painter(&probe);
+            painter.setOpacity(opacity);
+            painter.setPen(Paints().pens[c]);
+            painter.setBrush(Paints().brushes[c]);
+            painter.drawEllipse(QPoint(1, 1), 1, 1);
+            painter.end();
+            colours[c] = reinterpret_cast<const QRgb *>(probe.constScanLine(1))[1];
+        }
+        madeFor = opacity;
+    }
+    return colours;
+}
+
+// The raster engine's source-over of a premultiplied colour c onto d: each
+// channel d * (255 - alpha of c) / 255, rounded its way, plus c.
+inline uint SourceOver(uint d, uint c)
+{
+    const uint a = 255 - (c >> 24);
+    uint t = (d & 0xff00ff) * a;
+    t = ((t + ((t >> 8) & 0xff00ff) + 0x800080) >> 8) & 0xff00ff;
+    uint x = ((d >> 8) & 0xff00ff) * a;
+    x = (x + ((x >> 8) & 0xff00ff) + 0x800080) & 0xff00ff00;
+    return c + (x | t);
+}
+
+// The image's pixels, fetched once (QImage's accessors check for sharing on
+// every call).
+struct Pixels {
+    uchar *bits;
+    qsizetype stride;
+    int width, height;
+};
+
+template <size_t N>
+void BlendDisc(const Pixels &image, QPoint centre, const DiscRow (&disc)[N], uint colour)
+{
+    for (const DiscRow &row : disc) {
+        const int y = centre.y() + row.dy;
+        if (y < 0 || y >= image.height)
+            continue;
+        const int first = std::max(centre.x() + row.first, 0);
+        const int last = std::min(centre.x() + row.last, image.width - 1);
+        uint *line = reinterpret_cast<uint *>(image.bits + y * image.stride);
+        for (int x = first; x <= last; ++x)
+            line[x] = SourceOver(line[x], colour);
+    }
+}
+
+} // namespace
+
+void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
+                         int magnitudeLimit)
+{
+    if (!list || !list->objects)
+        return;
+    const StarPaints &paints = Paints();
+    for (const Star &star : StarsOf(view, *list, magnitudeLimit)) {
+        painter.setPen(paints.pens[star.colour]);
+        painter.setBrush(paints.brushes[star.colour]);
+        painter.drawEllipse(star.centre, star.size, star.size);
+    }
+}
+
+void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
+                 int magnitudeLimit)
+{
+    QImage *image = DirectTarget(painter);
+    if (!image) {
+        DrawObjectsOneByOne(painter, view, list, magnitudeLimit);
+        return;
+    }
+    if (!list || !list->objects)
+        return;
+    // Thousands of tiny ellipses cost the engine far more than their few
+    // pixels: blend the discs straight into the image, in table order, with
+    // the engine's own colours and arithmetic.
+    const std::vector<Star> stars = StarsOf(view, *list, magnitudeLimit);
+    if (stars.empty())
+        return;
+    const QRgb *colours = EngineColours(painter.opacity());
+    const Pixels pixels{image->bits(), image->bytesPerLine(), image->width(), image->height()};
+    for (const Star &star : stars) {
+        if (star.size == 2)
+            BlendDisc(pixels, star.centre, kDisc2, colours[star.colour]);
+        else
+            BlendDisc(pixels, star.centre, kDisc1, colours[star.colour]);
+    }
+    // Leave the painter as the star-by-star drawing does.
+    painter.setPen(Paints().pens[stars.back().colour]);
+    painter.setBrush(Paints().brushes[stars.back().colour]);
+}
+
+void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutline *outline)
+{
+    if (!outline || !outline->points)
+        return;
+    const int right = view.mapWidth - 1, left = 1;
+    QPoint previous;
+    double previousLongitude = 0;
+    for (int i = 0; i < outline->count; ++i) {
+        double longitude;
+        const QPoint p = MapPoint(view, outline->points[i].rightAscension,
+                                  outline->points[i].declination, longitude);
+        if (i >= 1) {
+            if (previousLongitude < 0 && longitude > 0 && longitude - previousLongitude > 90) {
+                painter.drawLine(p, QPoint(right, p.y()));
+                painter.drawLine(previous, QPoint(left, previous.y()));
+            } else if (previousLongitude > 0 && longitude < 0
+                       && previousLongitude - longitude > 90) {
+                painter.drawLine(previous, QPoint(right, previous.y()));
+                painter.drawLine(p, QPoint(left, p.y()));
+            } else {
+                painter.drawLine(p, previous);
+            }
+        }
+        previous = p;
+        previousLongitude = longitude;
+    }
+}
+
+void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row)
+{
+    double longitude;
+    const QPoint p = MapPoint(view, row.rightAscension, row.declination, longitude);
+    const int length = int(strnlen(row.abbreviation, sizeof row.abbreviation));
+    painter.drawText(p.x() - 3 * length, p.y() - 8, QString::fromLatin1(row.abbreviation, length));
+}
+
+void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int magnitudeLimit)
+{
+    if (InTable(c))
+        DrawObjects(painter, view, kCatalogue[c], magnitudeLimit);
+}
+
+void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c)
+{
+    if (InTable(c))
+        DrawOutline(painter, view, kConstellationOutlines[c]);
+}
+
+void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c)
+{
+    if (InTable(c))
+        DrawConstellationLabel(painter, view, kConstellations[c]);
+}
+
+} // namespace lunaquill

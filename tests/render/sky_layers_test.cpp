@@ -1,0 +1,206 @@
+// Stars and constellation outlines drawn at their sub-points: which objects,
+// in which colour and size, the outline's split at the date line and its
+// missing closing edge, and the fast star drawing against Qt's ellipses.
+#include "render/Projection.h"
+#include "render/SkyLayers.h"
+#include "tracking/EmeFigures.h"
+
+#include <QImage>
+#include <QPainter>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <set>
+#include <utility>
+#include <vector>
+
+using namespace lunaquill;
+
+namespace {
+
+struct tm Utc(int year, int month, int day, int hour)
+{
+    struct tm utc = {};
+    utc.tm_year = year - 1900;
+    utc.tm_mon = month - 1;
+    utc.tm_mday = day;
+    utc.tm_hour = hour;
+    return utc;
+}
+
+const struct tm kEquinox = Utc(2024, 3, 20, 12);
+
+// The right ascension (hours) whose sub-point lies at this longitude.
+double RaAt(double longitude)
+{
+    double latitude, atZero;
+    SubSourcePoint(kEquinox, 0.0, 0.0, latitude, atZero);
+    return std::fmod((longitude - atZero) / 15.0 + 48.0, 24.0);
+}
+
+QImage Black(int width, int height, QImage::Format format = QImage::Format_RGB32)
+{
+    QImage image(width, height, format);
+    image.fill(Qt::black);
+    return image;
+}
+
+std::set<std::pair<int, int>> Painted(const QImage &image)
+{
+    std::set<std::pair<int, int>> painted;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (image.pixel(x, y) != qRgb(0, 0, 0))
+                painted.insert({x, y});
+    return painted;
+}
+
+TEST(SkyLayers, StarColoursBySpectralIndexAndSizeByMagnitude)
+{
+    const struct { double magnitude, colourIndex; QRgb colour; int size; } rows[] = {
+        {-0.01, -0.17, 0xa09eff, 2}, {0.0, -0.16, 0xa0d7ff, 1}, {1.0, 0.15, 0xd7e8ff, 1},
+        {2.0, 0.45, 0xffffff, 1},    {3.0, 0.68, 0xffffdc, 1},  {4.0, 1.15, 0xffe6aa, 1},
+        {5.0, 1.59, 0xffe6aa, 1},    {6.0, 1.6, 0xffd7b1, 1},   {-1.44, 0.0, 0xa0d7ff, 2},
+    };
+    for (const auto &row : rows) {
+        QColor colour;
+        int size = 0;
+        StarStyle(row.magnitude, row.colourIndex, colour, size);
+        EXPECT_EQ(colour, QColor(QRgb(row.colour))) << row.colourIndex;
+        EXPECT_EQ(size, row.size) << row.magnitude;
+    }
+}
+
+TEST(SkyLayers, SiriusShinesAtItsSubPoint)
+{
+    int canisMajor = 0;
+    while (strcmp(kConstellations[canisMajor].abbreviation, "CMA") != 0)
+        ++canisMajor;
+    // Sirius, J2000: 6h 45m 08.9s, -16 42' 58"; B-V 0.00, V -1.44: pale blue, size 2.
+    double latitude, longitude;
+    SubSourcePoint(kEquinox, 6.0 + 45 / 60.0 + 8.9 / 3600, -(16 + 42 / 60.0 + 58 / 3600.0),
+                   latitude, longitude);
+    const QPoint sirius = LatLongToPoint(1600, 800, 3, latitude, longitude);
+    QImage map = Black(1600, 800);
+    QPainter painter(&map);
+    DrawConstellationObjects(painter, {1600, 800, 3, kEquinox}, canisMajor, 6);
+    painter.end();
+    EXPECT_EQ(map.pixel(sirius), qRgb(0xa0, 0xd7, 0xff));
+    EXPECT_EQ(map.pixel(sirius + QPoint(2, 0)), qRgb(0xa0, 0xd7, 0xff));
+}
+
+TEST(SkyLayers, OnlyStarsClustersAndNebulaeWithinTheMagnitudeLimit)
+{
+    const struct { int type; double magnitude; int limit; int size; } rows[] = {
+        // size 0: not drawn
+        {0, 5, 20, 0},  {1, 5, 20, 1},  {2, 5, 20, 1},  {3, 5, 20, 1},  {4, 5, 20, 0},
+        {5, 5, 20, 0},  {6, 5, 20, 0},  {7, 5, 20, 1},  {8, 5, 20, 0},  {9, 5, 20, 1},
+        {10, 5, 20, 1}, {11, 5, 20, 1}, {12, 5, 20, 0}, {13, 5, 20, 0}, {-1, 5, 20, 0},
+        {1, 0.0, 0, 1}, {1, -0.5, 0, 2}, {1, 0.01, 0, 0}, {1, 6.0, 6, 1},
+    };
+    const QPoint centre(360, 180); // longitude 0.25, declination 0 on a 720 x 360 map
+    for (const auto &row : rows) {
+        const CatalogueObject object{1, row.type, RaAt(0.25), 0.0, 0.5, row.magnitude};
+        const ObjectList list{"TST", 1, &object};
+        QImage map = Black(720, 360);
+        QPainter painter(&map);
+        DrawObjects(painter, {720, 360, 0, kEquinox}, &list, row.limit);
+        painter.end();
+        const std::set<std::pair<int, int>> painted = Painted(map);
+        const size_t pixels[] = {0, 5, 21}; // nothing, a plus, a 5 x 5 disc without corners
+        EXPECT_EQ(painted.size(), pixels[row.size]) << row.type << " " << row.magnitude;
+        if (row.size > 0) {
+            EXPECT_EQ(map.pixel(centre), qRgb(0xff, 0xff, 0xff)); // B-V 0.5
+        }
+    }
+}
+
+TEST(SkyLayers, OutlinesSplitAtTheDateLineAndStayOpen)
+{
+    // A 720 x 360 map: two pixels a degree, longitude 0.25 lands mid-pixel.
+    const struct {
+        std::vector<std::pair<double, double>> vertices; // longitude, declination
+        std::vector<QRect> lines;                         // what is painted
+    } rows[] = {
+        // -178.75 to +178.75: level stubs to x = 1 and x = 719, at each end's own height.
+        {{{-178.75, 10}, {178.75, 20}}, {{1, 160, 2, 1}, {717, 140, 3, 1}}},
+        {{{178.75, 20}, {-178.75, 10}}, {{1, 160, 2, 1}, {717, 140, 3, 1}}},
+        // Across 0 within 90 degrees: one line.
+        {{{-9.75, 10}, {10.25, 10}}, {{340, 160, 41, 1}}},
+        // Three vertices, two edges: the closing edge back to the first is absent.
+        {{{-9.75, 10}, {10.25, 10}, {10.25, -10}}, {{340, 160, 41, 1}, {380, 160, 1, 41}}},
+    };
+    for (const auto &row : rows) {
+        std::vector<OutlinePoint> points;
+        for (const auto &[longitude, declination] : row.vertices)
+            points.push_back({RaAt(longitude), declination});
+        const ConstellationOutline outline{"TST", int32_t(points.size()), points.data()};
+        QImage map = Black(720, 360);
+        QPainter painter(&map);
+        painter.setPen(Qt::white);
+        DrawOutline(painter, {720, 360, 0, kEquinox}, &outline);
+        painter.end();
+        std::set<std::pair<int, int>> expected;
+        for (const QRect &line : row.lines)
+            for (int y = line.top(); y <= line.bottom(); ++y)
+                for (int x = line.left(); x <= line.right(); ++x)
+                    expected.insert({x, y});
+        EXPECT_EQ(Painted(map), expected) << row.vertices.size() << " vertices";
+    }
+}
+
+TEST(SkyLayers, NumbersOutsideTheTablesDrawNothing)
+{
+    QImage map = Black(400, 200);
+    QPainter painter(&map);
+    painter.setPen(Qt::white);
+    const SkyView view{400, 200, 0, kEquinox};
+    for (int c : {-1, 88, 1000}) {
+        DrawConstellationObjects(painter, view, c, 20);
+        DrawConstellationOutline(painter, view, c);
+        DrawConstellationLabel(painter, view, c);
+    }
+    DrawObjects(painter, view, nullptr, 20);
+    DrawOutline(painter, view, nullptr);
+    painter.end();
+    EXPECT_TRUE(Painted(map).empty());
+}
+
+// The fast star drawing against one drawEllipse per star: every catalogue
+// object over a textured image, dense maps where discs overlap, the map
+// edges, other opacities and formats.
+TEST(SkyLayers, FastStarsMatchQtEllipsesPixelForPixel)
+{
+    const struct { int width, height, offset; struct tm utc; double opacity; QImage::Format format; }
+        rows[] = {
+            {1600, 800, 0, kEquinox, 0.5, QImage::Format_RGB32},
+            {360, 180, 5, Utc(2025, 7, 4, 3), 0.5, QImage::Format_RGB32},
+            {1000, 500, 13, Utc(2030, 12, 31, 23), 0.3, QImage::Format_ARGB32_Premultiplied},
+            {200, 100, 23, Utc(2024, 1, 1, 0), 1.0, QImage::Format_RGB32},
+        };
+    for (const auto &row : rows) {
+        QImage fast(row.width, row.height, row.format);
+        for (int y = 0; y < row.height; ++y)
+            for (int x = 0; x < row.width; ++x)
+                fast.setPixel(x, y, qRgb(x % 256, y % 256, (x * y) % 256));
+        QImage reference = fast.copy();
+        QPen fastPen, referencePen;
+        const SkyView view{row.width, row.height, row.offset, row.utc};
+        for (QImage *image : {&fast, &reference}) {
+            QPainter painter(image);
+            painter.setOpacity(row.opacity);
+            for (int c = 0; c < kConstellationCount; ++c) {
+                if (image == &fast)
+                    DrawObjects(painter, view, kCatalogue[c], 20);
+                else
+                    DrawObjectsOneByOne(painter, view, kCatalogue[c], 20);
+            }
+            (image == &fast ? fastPen : referencePen) = painter.pen();
+        }
+        EXPECT_TRUE(fast == reference) << row.width << " x " << row.height;
+        EXPECT_EQ(fastPen.color(), referencePen.color());
+    }
+}
+
+} // namespace

@@ -1,0 +1,207 @@
+// The built-in sky tables against facts from outside them: the IAU
+// constellation areas and boundaries, and where well-known stars and
+// deep-sky objects lie.
+#include "render/SkyTables.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <libnova/precession.h>
+
+#include <cmath>
+#include <cstring>
+#include <set>
+#include <vector>
+
+using namespace lunaquill;
+
+namespace {
+
+int Index(const char *abbreviation)
+{
+    for (int c = 0; c < kConstellationCount; ++c)
+        if (strcmp(kConstellations[c].abbreviation, abbreviation) == 0)
+            return c;
+    return -1;
+}
+
+TEST(SkyTables, ConstellationRows)
+{
+    // Rows as the program has always printed them (label point, area, rank).
+    const struct {
+        int index;
+        const char *abbreviation, *name, *ra, *dec, *area;
+        int64_t rank;
+    } rows[] = {
+        {0, "AND", "Andromeda", "0.5687843", "38.906066", "722.28", 19},
+        {87, "VUL", "Vulpecula", "20.1969092", "24.138347", "268.17", 55},
+    };
+    for (const auto &row : rows) {
+        const ConstellationRow &c = kConstellations[row.index];
+        EXPECT_STREQ(c.abbreviation, row.abbreviation);
+        EXPECT_STREQ(c.name, row.name);
+        EXPECT_EQ(QString::number(c.rightAscension, 'f', 7), row.ra);
+        EXPECT_EQ(QString::number(c.declination, 'f', 6), row.dec);
+        EXPECT_EQ(QString::number(c.area, 'f', 2), row.area);
+        EXPECT_EQ(c.rank, row.rank);
+    }
+    EXPECT_STREQ(kConstellations[1].name, "Antila"); // the table's own spelling, kept
+
+    // The areas cover the sphere: 4 pi sr = 129600 / pi square degrees.
+    // Hydra is the largest constellation and Crux the smallest (IAU).
+    double sum = 0;
+    std::set<int64_t> ranks;
+    for (int c = 0; c < kConstellationCount; ++c) {
+        sum += kConstellations[c].area;
+        ranks.insert(kConstellations[c].rank);
+        if (c > 0) { // sorted by the upper-case abbreviation
+            EXPECT_LT(strcmp(kConstellations[c - 1].abbreviation, kConstellations[c].abbreviation),
+                      0);
+        }
+        EXPECT_STREQ(kConstellationOutlines[c]->abbreviation, kConstellations[c].abbreviation);
+        EXPECT_STREQ(kCatalogue[c]->abbreviation, kConstellations[c].abbreviation);
+    }
+    EXPECT_NEAR(sum, 41252.96, 0.01);
+    EXPECT_EQ(ranks.size(), 88u);
+    EXPECT_EQ(*ranks.begin(), 1);
+    EXPECT_EQ(*ranks.rbegin(), 88);
+    EXPECT_EQ(kConstellations[Index("HYA")].rank, 1);
+    EXPECT_EQ(kConstellations[Index("CRU")].rank, 88);
+}
+
+// The boundary loops of constellation c: Serpens is Caput (14 vertices) then
+// Cauda, every other constellation one loop.
+std::vector<std::vector<OutlinePoint>> Loops(int c)
+{
+    const ConstellationOutline &outline = *kConstellationOutlines[c];
+    const int split = strcmp(outline.abbreviation, "SER") == 0 ? 14 : outline.count;
+    std::vector<std::vector<OutlinePoint>> loops{{outline.points, outline.points + split}};
+    if (split < outline.count)
+        loops.push_back({outline.points + split, outline.points + outline.count});
+    return loops;
+}
+
+TEST(SkyTables, OutlinesAreTheIauBoundaries)
+{
+    const ConstellationOutline &andromeda = *kConstellationOutlines[0];
+    ASSERT_EQ(andromeda.count, 37);
+    const double first[3][2] = {{22.8666667, 34.5}, {22.8666667, 52.5}, {23.3333333, 52.5}};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NEAR(andromeda.points[i].rightAscension, first[i][0], 1e-7);
+        EXPECT_DOUBLE_EQ(andromeda.points[i].declination, first[i][1]);
+    }
+    int total = 0;
+    for (int c = 0; c < kConstellationCount; ++c) {
+        total += kConstellationOutlines[c]->count;
+        for (const auto &loop : Loops(c)) {
+            for (size_t i = 0; i < loop.size(); ++i) {
+                // The 1930 boundaries run along B1875 hour circles and parallels,
+                // at whole seconds of time and whole arcminutes.
+                const OutlinePoint &p = loop[i], &q = loop[(i + 1) % loop.size()];
+                EXPECT_TRUE(p.rightAscension == q.rightAscension || p.declination == q.declination)
+                    << kConstellations[c].abbreviation << " vertex " << i;
+                EXPECT_NEAR(p.rightAscension * 3600, std::round(p.rightAscension * 3600), 1e-6);
+                EXPECT_NEAR(p.declination * 60, std::round(p.declination * 60), 1e-9);
+            }
+        }
+    }
+    EXPECT_EQ(total, 1542);
+}
+
+// Whether the B1875 point lies inside constellation c's outline: crossings
+// of the hour circle running north from it, flipped for a loop that goes
+// round the north pole (the point then reaches the pole without crossing).
+bool Inside(int c, double ra, double dec)
+{
+    bool inside = false;
+    for (const auto &loop : Loops(c)) {
+        double winding = 0, decSum = 0;
+        bool odd = false;
+        for (size_t i = 0; i < loop.size(); ++i) {
+            const OutlinePoint &p = loop[i], &q = loop[(i + 1) % loop.size()];
+            decSum += p.declination;
+            if (p.declination != q.declination)
+                continue;
+            const double span = std::remainder(q.rightAscension - p.rightAscension, 24.0);
+            winding += span;
+            const double from = span > 0 ? p.rightAscension : q.rightAscension;
+            if (p.declination > dec && std::fmod(ra - from + 48.0, 24.0) < std::fabs(span))
+                odd = !odd;
+        }
+        const bool roundNorthPole = std::fabs(winding) > 12 && decSum > 0;
+        inside = inside || (odd != roundNorthPole);
+    }
+    return inside;
+}
+
+TEST(SkyTables, ObjectsLieInTheirConstellations)
+{
+    int total = 0;
+    for (int c = 0; c < kConstellationCount; ++c) {
+        const ObjectList &list = *kCatalogue[c];
+        total += list.count;
+        for (int i = 0; i < list.count; ++i) {
+            const CatalogueObject &o = list.objects[i];
+            ln_equ_posn j2000{o.rightAscension * 15, o.declination}, b1875;
+            ln_get_equ_prec2(&j2000, 2451545.0, 2405889.258550475, &b1875);
+            EXPECT_TRUE(Inside(c, std::fmod(b1875.ra + 360, 360) / 15, b1875.dec))
+                << list.abbreviation << " " << o.number;
+        }
+    }
+    EXPECT_EQ(total, 11422);
+
+    // HD numbers for stars, NGC n, IC as 10000 + n, Messier-only as 20000 + m.
+    const struct {
+        const char *constellation;
+        int32_t number, type;
+        double magnitude;
+    } known[] = {
+        {"AND", 358, 3, 2.06},     // Alpheratz, a variable
+        {"UMI", 8890, 3, 2.0},     // Polaris
+        {"CMA", 48915, 1, -1.44},  // Sirius
+        {"AND", 224, 0, 4.36},     // M31, a galaxy
+        {"HER", 6205, 9, 5.8},     // M13, a globular cluster
+        {"TAU", 1952, 11, 8.4},    // M1, the Crab Nebula
+        {"TAU", 20045, 7, 1.6},    // M45, the Pleiades
+    };
+    for (const auto &k : known) {
+        const ObjectList &list = *kCatalogue[Index(k.constellation)];
+        int found = 0;
+        for (int i = 0; i < list.count; ++i) {
+            const CatalogueObject &o = list.objects[i];
+            if (o.number == k.number && o.type == k.type) {
+                EXPECT_NEAR(o.magnitude, k.magnitude, 0.005) << k.number;
+                ++found;
+            }
+        }
+        EXPECT_EQ(found, 1) << k.constellation << " " << k.number;
+    }
+}
+
+// The committed tables are exactly what the generator makes from the Debian
+// packages; skipped where the packages have not been fetched.
+TEST(SkyTables, GeneratorRemakesTheCommittedSources)
+{
+    const QString tool = qEnvironmentVariable("LUNAQUILL_MAKE_SKY_TABLES");
+    const QString source = qEnvironmentVariable("LUNAQUILL_SOURCE_DIR");
+    const QString downloads = source + "/tools/downloads";
+    if (tool.isEmpty() || !QFile::exists(downloads + "/kstars-data/usr/share/kstars/OpenNGC.kscat")
+        || !QDir(downloads + "/python3-astropy").exists())
+        GTEST_SKIP() << "generator not built or tools/fetch_sources.sh not run";
+    QTemporaryDir out;
+    QProcess generator;
+    generator.start(tool, {downloads, out.path()});
+    ASSERT_TRUE(generator.waitForFinished(60000));
+    ASSERT_EQ(generator.exitCode(), 0) << generator.readAllStandardError().toStdString();
+    for (const char *name : {"ConstellationTable.cpp", "ConstellationOutlines.cpp",
+                             "StarCatalogue.cpp"}) {
+        QFile made(out.filePath(name)), committed(source + "/render/" + name);
+        ASSERT_TRUE(made.open(QIODevice::ReadOnly) && committed.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(made.readAll() == committed.readAll()) << name;
+    }
+}
+
+} // namespace
