@@ -187,11 +187,11 @@ void DaemonLink::Connect()
 {
     if (!enabled)
         return;
+    socket.abort(); // while not Connecting, its signals are no failure
     linkState = Connecting;
     lastRefused = false;
     SetStatus("Connecting to " + Where());
     timeout.start(connectMs);
-    socket.abort();
     socket.connectToHost(host, (quint16)port);
 }
 
