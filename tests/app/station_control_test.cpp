@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFile>
 #include <QMenuBar>
 #include <QProcess>
@@ -164,7 +165,10 @@ protected:
             port = FreePort();
         process = std::make_unique<QProcess>();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("LD_PRELOAD", "/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1");
+        for (const QString &arch : QDir("/usr/lib").entryList(QDir::Dirs)) {
+            if (QFile::exists("/usr/lib/" + arch + "/faketime/libfaketime.so.1"))
+                env.insert("LD_PRELOAD", "/usr/lib/" + arch + "/faketime/libfaketime.so.1");
+        }
         env.insert("FAKETIME", "+0 x500");
         process->setProcessEnvironment(env);
         process->start(program, {"-m", "1", "-T", "127.0.0.1", "-t", QString::number(port)});
