@@ -5,6 +5,7 @@
 #include "PanelStyles.h"
 #include "PanelText.h"
 #include "Settings.h"
+#include "StationControl.h"
 #include "ui_MainWindow.h"
 
 #include "tracking/ComputeSource.h"
@@ -93,6 +94,9 @@ MainWindow::MainWindow(QWidget *parent)
     RecalculateSources();
     overlaysStale = true;
     redrawRequested = true;
+
+    stationControl = new StationControl(this);
+    stationControl->Attach(ui->menuBar, ui->actionStationControl);
 
     // The star-chart renderer (an offscreen OpenGL context) is created here
     // once the charts are drawn; until then the chart view shows the dial.
@@ -294,6 +298,9 @@ void MainWindow::RefreshPanels()
         ui->MutualDoppler->setText(Printf("%7.0f Hz", (home.doppler + dx.doppler) * 0.5));
     else
         ui->MutualDoppler->setText(" ");
+
+    if (stationControl)
+        stationControl->PanelsRefreshed();
 }
 
 void MainWindow::RebuildOverlays()

@@ -27,6 +27,7 @@ class MainWindow;
 
 namespace lunaquill {
 class StarChartRenderer;
+class StationControl;
 }
 
 class MainWindow : public QMainWindow, protected QOpenGLFunctions
@@ -176,6 +177,9 @@ private:
     int32_t hoverTicks = 0;
     int32_t playTicks = 0;
     int32_t overlayTicks = 0;
+
+    // Rotator and radio; reads the home records after each panel refresh.
+    lunaquill::StationControl *stationControl = nullptr;
 
     void RefreshPanels();
     // After an accepted dialog: every source for the stations as they now

@@ -247,4 +247,71 @@ int SaveOverlays(const char *fileName, const OverlaySettings &overlays)
     return 0;
 }
 
+namespace {
+
+// Only a real boolean switches a link on: QVariant would read any text as true.
+bool ReadSwitch(QSettings &settings, const char *key, bool defaultValue)
+{
+    const QString text = settings.value(key).toString().trimmed().toLower();
+    if (text == "true" || text == "1")
+        return true;
+    if (text == "false" || text == "0")
+        return false;
+    return defaultValue;
+}
+
+int32_t ReadNumber(QSettings &settings, const char *key, int32_t low, int32_t high,
+                   int32_t defaultValue)
+{
+    bool ok = false;
+    const int number = settings.value(key).toInt(&ok);
+    return ok && number >= low && number <= high ? number : defaultValue;
+}
+
+QString ReadHost(QSettings &settings, const char *key, const QString &defaultHost)
+{
+    const QString host = settings.value(key).toString().trimmed();
+    return host.isEmpty() ? defaultHost : host;
+}
+
+} // namespace
+
+int LoadStationControl(const char *fileName, StationControlSettings &station)
+{
+    QSettings settings(SettingsPath(fileName), QSettings::IniFormat);
+    const StationControlSettings defaults;
+    station = defaults;
+    settings.beginGroup("STATION_CONTROL");
+    station.rotatorEnabled = ReadSwitch(settings, "RotatorEnabled", defaults.rotatorEnabled);
+    station.rotatorHost = ReadHost(settings, "RotatorHost", defaults.rotatorHost);
+    station.rotatorPort = ReadNumber(settings, "RotatorPort", 1, 65535, defaults.rotatorPort);
+    bool ok = false;
+    const double elevation = settings.value("MinimumElevation").toDouble(&ok);
+    if (ok && elevation >= -90.0 && elevation <= 90.0)
+        station.minimumElevation = elevation;
+    station.rigEnabled = ReadSwitch(settings, "RigEnabled", defaults.rigEnabled);
+    station.rigHost = ReadHost(settings, "RigHost", defaults.rigHost);
+    station.rigPort = ReadNumber(settings, "RigPort", 1, 65535, defaults.rigPort);
+    station.dopplerMode = ReadNumber(settings, "DopplerMode", 0, 3, defaults.dopplerMode);
+    settings.endGroup();
+    return 0;
+}
+
+int SaveStationControl(const char *fileName, const StationControlSettings &station)
+{
+    SaveGroup(fileName, [&station](QSettings &settings) {
+        settings.beginGroup("STATION_CONTROL");
+        settings.setValue("RotatorEnabled", station.rotatorEnabled);
+        settings.setValue("RotatorHost", station.rotatorHost);
+        settings.setValue("RotatorPort", station.rotatorPort);
+        settings.setValue("MinimumElevation", station.minimumElevation);
+        settings.setValue("RigEnabled", station.rigEnabled);
+        settings.setValue("RigHost", station.rigHost);
+        settings.setValue("RigPort", station.rigPort);
+        settings.setValue("DopplerMode", station.dopplerMode);
+        settings.endGroup();
+    });
+    return 0;
+}
+
 } // namespace lunaquill

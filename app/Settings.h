@@ -1,6 +1,7 @@
 // The settings file: <home>/AppData/Roaming/Lunaquill/<file>, ini format, with
 // the groups HOME_DATA (home station, frequency, tracked source) and OVERLAYS
-// (what the map and the star charts show). Each load fills the whole record,
+// (what the map and the star charts show), STATION_CONTROL (the rotator and
+// radio links). Each load fills the whole record,
 // each save writes the whole group back; other keys of the file are kept.
 #pragma once
 
@@ -24,5 +25,23 @@ int LoadHomeData(const char *fileName, HomeData &home);
 int SaveHomeData(const char *fileName, const HomeData &home);
 int LoadOverlays(const char *fileName, OverlaySettings &overlays);
 int SaveOverlays(const char *fileName, const OverlaySettings &overlays);
+
+// The rotator (rotctld) and radio (rigctld) links of the station control.
+struct StationControlSettings {
+    bool rotatorEnabled = false;
+    QString rotatorHost = "localhost";
+    int32_t rotatorPort = 4533;
+    double minimumElevation = 0.0;   // degrees; below it the rotator is left alone
+    bool rigEnabled = false;
+    QString rigHost = "localhost";
+    int32_t rigPort = 4532;
+    int32_t dopplerMode = 0;         // 0 off, 1 own echo, 2 DX, 3 constant on the Moon
+};
+
+// A value that is missing or does not make sense (port outside 1..65535,
+// unknown mode, elevation outside -90..90, a switch that is not a boolean,
+// an empty host) reads as its default.
+int LoadStationControl(const char *fileName, StationControlSettings &station);
+int SaveStationControl(const char *fileName, const StationControlSettings &station);
 
 } // namespace lunaquill

@@ -72,7 +72,7 @@ TEST_F(MainWindowForm, EveryObjectHasItsClassAndFixedText)
     {"actionEme1296M", Act, "1296Mhz EME"}, {"actionEme2304M", Act, "2304Mhz EME"},
     {"actionEme3400M", Act, "3400Mhz EME"}, {"actionEme5760M", Act, "5760Mhz EME"},
     {"actionEme10G", Act, "10Ghz EME"}, {"actionEme47G", Act, "47Ghz EME"},
-    {"actionFavorites", Act, "Favorites"},
+    {"actionFavorites", Act, "Favorites"}, {"actionStationControl", Act, "Station Control"},
     };
     for (const auto &row : rows) {
         const QObject *object = window.findChild<QObject *>(row.name);
@@ -91,7 +91,7 @@ TEST_F(MainWindowForm, MenusHoldTheirEntriesInOrder)
     EXPECT_EQ(ui.menuConfigure->actions(),
               (QList<QAction *>{ui.actionHomeStation, ui.actionDxStation,
                                 ui.menuFavorites->menuAction(), ui.actionSources,
-                                ui.actionOverlays}));
+                                ui.actionOverlays, ui.actionStationControl}));
     EXPECT_EQ(ui.menuFavorites->actions(),
               (QList<QAction *>{ui.actionEme50M, ui.actionEme144M, ui.actionEme432M,
                                 ui.actionEme900M, ui.actionEme1296M, ui.actionEme2304M,

@@ -1,0 +1,37 @@
+// The rotator and radio links: host, port, enable, minimum elevation, Doppler
+// mode, and a live status line for each. Only Ok changes anything.
+#pragma once
+
+#include "Settings.h"
+
+#include <QDialog>
+
+namespace Ui {
+class StationControlDialog;
+}
+
+namespace lunaquill {
+
+class StationControl;
+
+class StationControlDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit StationControlDialog(StationControl &control, QWidget *parent = nullptr);
+    ~StationControlDialog() override;
+
+    Ui::StationControlDialog *widgets() const { return ui; }
+    // The settings as the dialog shows them.
+    StationControlSettings chosenSettings() const;
+
+private:
+    void ShowStatus();
+    void ShowModeHelp(int mode);
+
+    StationControl &control;
+    Ui::StationControlDialog *ui;
+};
+
+} // namespace lunaquill
