@@ -35,6 +35,11 @@ std::string CutPositionField(const std::string &text);
 bool ValueFromPositionFields(const std::string &degrees, const std::string &minutes,
                              const std::string &seconds, int hemisphere, double &value);
 
+// A frequency as typed, in MHz: the leading number, read as C's atof reads
+// it in the C locale ("1296 MHz" and "1296,5" give 1296). 0 when the text
+// does not begin with a number or the number is not finite.
+double FrequencyFromText(const std::string &text);
+
 // printf "%W.Pf" with '.' whatever the process locale (Qt sets the locale
 // from the environment, and the texts must read back the same way).
 std::string FormatFixed(double value, int width, int precision);

@@ -36,9 +36,12 @@ TEST_F(FrequencyDialogTest, ShowsTypesAndKeepsTheChangeOnCancel)
     EXPECT_EQ(ui->FrequencyLabel->text(), "Frequency");
     EXPECT_EQ(ui->FrequencyEdit->text(), "1296.00");
 
+    // The leading number, as C's atof reads it in the C locale; none gives 0,
+    // and so does one that is not finite.
     struct Row { const char *typed; double megahertz; };
     for (const Row &row : {Row{"144.1", 144.1}, Row{"abc", 0.0}, Row{" 10368.2 ", 10368.2},
-                           Row{"1e400", 0.0}, Row{"432,1", 0.0}}) {
+                           Row{"1296 MHz", 1296.0}, Row{"1296,5", 1296.0}, Row{"-.5e1x", -5.0},
+                           Row{"1e400", 0.0}, Row{"nan", 0.0}, Row{"MHz 1296", 0.0}}) {
         ui->FrequencyEdit->setText(row.typed);
         QTest::keyClick(ui->FrequencyEdit, Qt::Key_Return);
         EXPECT_EQ(homeData.frequency, row.megahertz) << row.typed;
