@@ -7,6 +7,8 @@
 #include "Settings.h"
 #include "ui_MainWindow.h"
 
+#include <QMessageBox>
+
 #include "tracking/DxSelectDialog.h"
 #include "tracking/DxStationDialog.h"
 #include "tracking/HomeStationDialog.h"
@@ -14,6 +16,35 @@
 #include "tracking/SharedState.h"
 
 using namespace lunaquill;
+
+void MainWindow::SaveHomeSettings()
+{
+    QString error;
+    if (SaveHomeData(kSettingsFileName, homeData, &error) != 0)
+        ShowSaveFailure(error);
+}
+
+void MainWindow::SaveOverlaySettings()
+{
+    QString error;
+    if (SaveOverlays(kSettingsFileName, overlaySettings, &error) != 0)
+        ShowSaveFailure(error);
+}
+
+void MainWindow::ShowSaveFailure(const QString &error)
+{
+    // One box, window-modal and not blocking: the display keeps running
+    // behind it, and a second failure only updates its text.
+    if (!saveWarning) {
+        saveWarning = new QMessageBox(QMessageBox::Warning, "Settings not saved", QString(),
+                                      QMessageBox::Ok, this);
+        saveWarning->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    saveWarning->setText("Lunaquill could not save the settings to " + error
+                         + ".\n\nThe change holds until Lunaquill is closed; the file keeps "
+                           "the earlier settings.");
+    saveWarning->open();
+}
 
 bool MainWindow::About()
 {
@@ -26,7 +57,7 @@ bool MainWindow::HomeStation()
 {
     HomeStationDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeData(kSettingsFileName, homeData);
+        SaveHomeSettings();
         if (homeData.grid[0] != '\0')
             homeStationSet = 1;
         UpdateDisplay();
@@ -108,7 +139,7 @@ bool MainWindow::SetFrequency()
 {
     FrequencyDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeData(kSettingsFileName, homeData);
+        SaveHomeSettings();
         UpdateDisplay();
         DialogAccepted();
     }

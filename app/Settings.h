@@ -19,10 +19,14 @@ QString SettingsFolder();
 QString SettingsPath(const char *fileName);
 
 // Missing file or key: the defaults. A value that does not convert: 0.
-// Texts too long for their field are cut to it. All return 0.
+// Texts too long for their field are cut to it. Both return 0.
 int LoadHomeData(const char *fileName, HomeData &home);
-int SaveHomeData(const char *fileName, const HomeData &home);
 int LoadOverlays(const char *fileName, OverlaySettings &overlays);
-int SaveOverlays(const char *fileName, const OverlaySettings &overlays);
+
+// 0 when the whole group reached the file. -1 when it did not: the file then
+// keeps its earlier contents, and `error`, if given, names the file and why.
+int SaveHomeData(const char *fileName, const HomeData &home, QString *error = nullptr);
+int SaveOverlays(const char *fileName, const OverlaySettings &overlays,
+                 QString *error = nullptr);
 
 } // namespace lunaquill
