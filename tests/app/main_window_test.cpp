@@ -11,12 +11,16 @@
 #include "tracking/SharedState.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMetaMethod>
+#include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
-#include <libnova/julian_day.h>
+#include <libnova/libnova.h>
 
 #include <cmath>
 #include <cstdio>
@@ -416,6 +420,63 @@ TEST_F(MainWindowTest, FirstRunOnTheEquatorShowsFiniteFigures)
         EXPECT_EQ(figure->text().indexOf("nan"), -1) << Text(figure);
     EXPECT_TRUE(std::isfinite(homeTracks[Moon].elevation));
     EXPECT_TRUE(std::isfinite(homeTracks[Moon].spatialOffset));
+}
+
+// The Sun in a station's sky from libnova (its Sun is referred to J2000, so
+// precessed to the date), azimuth counted from north.
+ln_hrz_posn LibnovaSun(double latitude, double longitude)
+{
+    struct tm utc = DisplayedUtc();
+    ln_date date;
+    ln_get_date_from_tm(&utc, &date);
+    const double jd = ln_get_julian_day(&date);
+    ln_equ_posn j2000, ofDate;
+    ln_get_solar_equ_coords(jd, &j2000);
+    ln_get_equ_prec(&j2000, jd, &ofDate);
+    ln_lnlat_posn station{longitude, latitude};
+    ln_hrz_posn sky;
+    ln_get_hrz_from_equ(&ofDate, &station, jd, &sky);
+    sky.az = std::fmod(sky.az + 180.0, 360.0);
+    return sky;
+}
+
+TEST_F(MainWindowTest, AcceptedStationDialogsRecomputeEverySource)
+{
+    // The Sun is not the tracked source, so only a recompute of every source
+    // moves its figures to the station just entered. Positions by hand from
+    // the locators: QF56od lon 2*5 + 20*16 + 14.5*5/60 - 180 = 151.2083,
+    // lat 10*5 - 90 + 6 + 3.5*2.5/60 = -33.8542; JO62qm lon 12 + 180 +
+    // 16.5*5/60 - 180 = 13.375, lat 140 - 90 + 2 + 12.5*2.5/60 = 52.5208.
+    Open();
+    const struct { bool home; const char *grid; double latitude, longitude; } rows[] = {
+        {true, "QF56od", -33.8542, 151.2083}, {false, "JO62qm", 52.5208, 13.375}};
+    for (const auto &row : rows) {
+        QTimer::singleShot(0, [&row] {
+            QWidget *dialog = QApplication::activeModalWidget();
+            ASSERT_NE(dialog, nullptr);
+            auto *grid = dialog->findChild<QLineEdit *>("GridEdit");
+            grid->setText(row.grid);
+            QTest::keyClick(grid, Qt::Key_Return);
+            if (row.home) // the home dialog converts only on Grid Convert
+                QTest::mouseClick(dialog->findChild<QPushButton *>("GridConvertButton"),
+                                  Qt::LeftButton);
+            dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+        });
+        if (row.home)
+            ui->actionHomeStation->trigger();
+        else
+            QTest::mouseClick(ui->DxGrid, Qt::LeftButton);
+
+        const double latitude = row.home ? homeData.latitude : dxStation.latitude;
+        const double longitude = row.home ? homeData.longitude : dxStation.longitude;
+        ASSERT_NEAR(latitude, row.latitude, 1e-4) << row.grid;
+        ASSERT_NEAR(longitude, row.longitude, 1e-4) << row.grid;
+        const SourceTrack &sun = (row.home ? homeTracks : dxTracks)[Sun];
+        const ln_hrz_posn expected = LibnovaSun(latitude, longitude);
+        EXPECT_NEAR(sun.elevation, expected.alt, 0.15) << row.grid;
+        EXPECT_NEAR(std::remainder(sun.azimuth - expected.az, 360.0) * std::cos(expected.alt / 57.3),
+                    0.0, 0.15) << row.grid;
+    }
 }
 
 TEST_F(MainWindowTest, NothingIsSavedAtExit)

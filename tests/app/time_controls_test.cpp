@@ -8,17 +8,25 @@
 
 #include "GuiTestSupport.h"
 #include "SharedStateReset.h"
+#include "tracking/EmeFigures.h"
 #include "tracking/SharedState.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QDialogButtonBox>
+#include <QFile>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
+#include <libnova/libnova.h>
 
+#include <climits>
+#include <cmath>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <string>
 
@@ -94,6 +102,116 @@ TEST_F(TimeControlsTest, PlayAddsTheStepOnceASecond)
     for (int i = 0; i < 202; ++i)
         window->TimerEvent();
     EXPECT_EQ(displayOffset, 10800);
+}
+
+// The instant a clock text shows ("Sun Jun  1 00:00:00 2025", UTC).
+time_t ClockInstant(const QString &text)
+{
+    struct tm fields {};
+    if (!strptime(text.toLatin1().constData(), "%a %b %e %H:%M:%S %Y", &fields))
+        return -1;
+    return timegm(&fields);
+}
+
+double JulianDay(time_t t)
+{
+    struct tm utc {};
+    gmtime_r(&t, &utc);
+    ln_date date;
+    ln_get_date_from_tm(&utc, &date);
+    return ln_get_julian_day(&date);
+}
+
+TEST_F(TimeControlsTest, AfterADayStepTheNextTickShowsTheNewDaysFigures)
+{
+    // The home station is at 0, 0 (first run). An instant a day ahead at
+    // which libnova's Moon is below the horizon there, so that its rise and
+    // set are those of that day's search (no pass begun the day before).
+    ln_lnlat_posn origin{0.0, 0.0};
+    for (int hours = 1; displayOffset == 0 && hours < 24 * 40; ++hours) {
+        const double jd = JulianDay(time(nullptr) + 86400 + hours * 3600);
+        ln_equ_posn moon;
+        ln_hrz_posn sky;
+        ln_get_lunar_equ_coords(jd, &moon);
+        ln_get_hrz_from_equ(&moon, &origin, jd, &sky);
+        if (sky.alt < -3.0)
+            displayOffset = hours * 3600;
+    }
+    for (uint32_t source : {Moon, Sun}) {
+        homeData.trackingSource = int32_t(source);
+        window->requestForceRefresh();
+        window->TimerEvent(); // the panel counter starts again from 0
+        QTest::mouseClick(ui->TimeAdjustDayPButton, Qt::LeftButton);
+        window->TimerEvent(); // the next tick, long before the next second's refresh
+        const double jd = JulianDay(ClockInstant(ui->DateTimeButton->text()));
+        ASSERT_NEAR(jd, JulianDay(DisplayedTime()), 2.0 / 86400);
+        if (source == Moon) {
+            ln_rst_time rst;
+            ASSERT_EQ(ln_get_lunar_rst(jd, &origin, &rst), 0);
+            ln_date rise, set;
+            ln_get_date(rst.rise, &rise);
+            ln_get_date(rst.set, &set);
+            EXPECT_EQ(ui->HomeRiseTime->text(), QString::asprintf("Rise: %02d-%02d %02d:%02d",
+                rise.months, rise.days, rise.hours, rise.minutes));
+            EXPECT_EQ(ui->HomeSetTime->text(), QString::asprintf("Set: %02d-%02d %02d:%02d",
+                set.months, set.days, set.hours, set.minutes));
+        } else { // the Sun's distance, otherwise refreshed at second 00 only
+            EXPECT_EQ(ui->Distance->text(),
+                      QString::asprintf("%9.6f AU", ln_get_earth_solar_dist(jd)));
+        }
+    }
+}
+
+TEST_F(TimeControlsTest, InPlayTheClockShowsTheMapsInstantAfterEachStep)
+{
+    // The map's instant is the one its sources were computed for: Cygnus A
+    // stands still in the sky, so its sub-point moves a degree every four
+    // minutes of the clock (a week of lag would be 7 degrees off).
+    QTest::mouseClick(ui->TimeAdjustWeekPButton, Qt::LeftButton);
+    QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
+    for (int step = 0; step < 3; ++step) {
+        const int32_t before = displayOffset;
+        for (int ticks = 0; displayOffset == before && ticks < 102; ++ticks)
+            window->TimerEvent();
+        ASSERT_EQ(displayOffset, before + 604800);
+        window->TimerEvent();
+        const time_t shown = ClockInstant(ui->DateTimeButton->text());
+        const SourceTrack &cygnus = homeTracks[CygnusA];
+        double latitude, longitude;
+        struct tm utc {};
+        gmtime_r(&shown, &utc);
+        SubSourcePoint(utc, cygnus.rightAscension, cygnus.declination, latitude, longitude);
+        EXPECT_NEAR(std::remainder(longitude - cygnus.subLongitude, 360.0), 0.0, 0.01) << step;
+    }
+}
+
+TEST_F(TimeControlsTest, ThousandsOfWeekStepsStopAtTheOffsetsLimit)
+{
+    // 3600 weeks are more than the 32-bit offset holds (2^31 s = 3550.6
+    // weeks): the clock must climb and then stay at now + 2^31 - 1, never
+    // wrap to 1958. A fixed source and no map keep each press cheap.
+    window.reset();
+    test::ResetSharedState();
+    QFile ini(test::SettingsFolder() + "Lunaquill.ini");
+    ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
+    ini.write("[HOME_DATA]\nGrid=\nTrackingSource=12\n"); // no station, Cygnus A
+    ini.close();
+    QTemporaryDir noImages;
+    const QString source = QDir::currentPath();
+    QDir::setCurrent(noImages.path());
+    window = std::make_unique<MainWindow>();
+    QDir::setCurrent(source);
+    ui = window->widgets();
+    time_t last = 0;
+    for (int press = 0; press < 3600; ++press) {
+        window->TimeAdjustWeekPButtonPressed();
+        window->TimerEvent();
+        const time_t shown = ClockInstant(ui->DateTimeButton->text());
+        ASSERT_GE(shown, last) << "press " << press << ": " << ui->DateTimeButton->text().toStdString();
+        last = shown;
+    }
+    EXPECT_EQ(displayOffset, INT32_MAX);
+    EXPECT_NEAR(double(last), double(time(nullptr)) + INT32_MAX, 2.0);
 }
 
 TEST_F(TimeControlsTest, BackToNowThenPlayRunsWithRealTime)
