@@ -249,7 +249,8 @@ TEST(Settings, UnwritableSaveLosesNothingOnDiskAndSaysWhy)
         setrlimit(RLIMIT_FSIZE, &lowered);
         QString homeError, overlaysError;
         const int homeResult = SaveHomeData(fileName.c_str(), home, &homeError);
-        const int overlaysResult = SaveOverlays(fileName.c_str(), OverlaySettings{}, &overlaysError);
+        const int overlaysResult =
+            SaveOverlays(fileName.c_str(), OverlaySettings{}, &overlaysError);
         setrlimit(RLIMIT_FSIZE, &old);
         signal(SIGXFSZ, handler);
 
