@@ -103,6 +103,7 @@ TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
     // other width the master scaled to it, so each column of the world
     // shows once. Splits by hand, part = w / 24: 66 at 1600 (offset 12:
     // 12 * 66; 13: 1600 - 13 * 66; 6: 18 * 66), 78 at 1880, 33 at 800.
+    // Offsets outside a day (25: split 1600 - 1650 < 0) roll nothing.
     QImage master(1600, 30, QImage::Format_RGB32);
     for (int y = 0; y < master.height(); ++y)
         for (int x = 0; x < master.width(); ++x)
@@ -110,6 +111,7 @@ TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
     const struct { int width, offset, split; } rows[] = {
         {1600, 12, 792}, {1600, 13, 742}, {1600, 6, 1188},
         {1880, 6, 1404}, {1880, 13, 866}, {800, 12, 396},
+        {1600, 0, 0},    {1600, -3, 0},   {1600, 25, 0},
     };
     for (const auto &r : rows) {
         const QImage unrolled = r.width == master.width()
@@ -126,27 +128,22 @@ TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
     }
 }
 
-TEST(Roll, BaseMapAndLayersFollowTheMapOffset)
+TEST(Roll, LayersFollowTheMapOffset)
 {
-    // A 1600-wide master or layer; layers split at 1600 - 66 * offset.
+    // A 1600-wide layer marked at column 100, split at 1600 - 66 * offset.
     // Outside a day nothing is rolled.
-    const struct { bool layer; int mapWidth, offset, marker, expected; } rows[] = {
-        {false, 1600, 0, 100, 100},  {false, 1600, -3, 100, 100}, {false, 1600, 25, 100, 100},
-        {true, 1600, 12, 100, 892}, // split 808: 100 + 1600 - 808
-        {true, 1600, 23, 100, 18},  // split 82: 100 - 82
-        {true, 1600, 0, 100, 100},   {true, 1600, -1, 100, 100},  {true, 1600, 40, 100, 100},
+    const struct { int offset, expected; } rows[] = {
+        {12, 892}, // split 808: 100 + 1600 - 808
+        {23, 18},  // split 82: 100 - 82
+        {0, 100},  {-1, 100}, {40, 100},
     };
     for (const auto &r : rows) {
-        QPixmap target(r.mapWidth, 40);
+        QPixmap target(1600, 40);
         target.fill(Qt::blue);
-        if (r.layer) {
-            QPainter painter(&target);
-            DrawRolled(painter, Striped(1600, 40, r.marker), r.mapWidth, r.offset);
-        } else {
-            DrawBaseMap(target, Striped(1600, 40, r.marker), r.offset, false, false);
-        }
-        EXPECT_EQ(MarkerColumns(target.toImage()), QList<int>{r.expected})
-            << (r.layer ? "layer" : "base map") << ", offset " << r.offset;
+        QPainter painter(&target);
+        DrawRolled(painter, Striped(1600, 40, 100), 1600, r.offset);
+        painter.end();
+        EXPECT_EQ(MarkerColumns(target.toImage()), QList<int>{r.expected}) << r.offset;
     }
 }
 
