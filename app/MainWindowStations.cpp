@@ -7,13 +7,13 @@
 #include "Settings.h"
 #include "ui_MainWindow.h"
 
-#include <QMessageBox>
-
 #include "tracking/DxSelectDialog.h"
 #include "tracking/DxStationDialog.h"
 #include "tracking/HomeStationDialog.h"
 #include "tracking/Maidenhead.h"
 #include "tracking/SharedState.h"
+
+#include <QMessageBox>
 
 using namespace lunaquill;
 
