@@ -76,8 +76,10 @@ int32_t LocalStandardTimeOffset()
 int32_t OffsetForEnteredUtc(int32_t month, int32_t day, int32_t year,
                             int32_t hours, int32_t minutes, int32_t seconds)
 {
-    // mktime reads the fields as local standard time (daylight saving forced
-    // off); adding the standard offset turns that into the same fields as UTC.
+    // The fields are UTC: timegm reads them so whatever the local zone and
+    // its history (a zone term taken at now is wrong for a date before the
+    // zone last changed its standard offset). It also carries a day past the
+    // month's end into the next month.
     struct tm entered {};
     entered.tm_mon = ToTmField(int64_t{month} - 1);
     entered.tm_mday = day;
@@ -85,11 +87,8 @@ int32_t OffsetForEnteredUtc(int32_t month, int32_t day, int32_t year,
     entered.tm_hour = hours;
     entered.tm_min = minutes;
     entered.tm_sec = seconds;
-    entered.tm_isdst = 0;
-    time_t enteredAsLocal = mktime(&entered);
-    int32_t zone = LocalStandardTimeOffset();
-    time_t now = time(nullptr);
-    return ToOffset(difftime(enteredAsLocal, now) + zone);
+    const time_t enteredUtc = timegm(&entered);
+    return ToOffset(difftime(enteredUtc, time(nullptr)));
 }
 
 } // namespace lunaquill

@@ -37,7 +37,8 @@ int32_t LocalStandardTimeOffset();
 
 // The display offset that makes the displayed instant the entered date and
 // time, taken as UTC whatever the local zone and daylight saving. month 1..12;
-// a day past the month's end runs on into the next month.
+// a day past the month's end runs on into the next month. An instant beyond
+// the offset's 32 bits gives the nearest offset that fits.
 int32_t OffsetForEnteredUtc(int32_t month, int32_t day, int32_t year,
                             int32_t hours, int32_t minutes, int32_t seconds);
 

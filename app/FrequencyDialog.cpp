@@ -4,8 +4,7 @@
 #include "ui_FrequencyDialog.h"
 
 #include "tracking/SharedState.h"
-
-#include <cmath>
+#include "tracking/StationEntry.h"
 
 namespace lunaquill {
 
@@ -26,10 +25,7 @@ FrequencyDialog::~FrequencyDialog()
 
 void FrequencyDialog::FrequencyChanged()
 {
-    // A point for the decimals whatever the language; no number gives 0.
-    bool ok = false;
-    const double frequency = ui->FrequencyEdit->text().toDouble(&ok);
-    homeData.frequency = ok && std::isfinite(frequency) ? frequency : 0.0;
+    homeData.frequency = FrequencyFromText(ui->FrequencyEdit->text().toStdString());
 }
 
 } // namespace lunaquill

@@ -15,12 +15,14 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QPoint>
+#include <QPointer>
 #include <QRect>
 #include <QResizeEvent>
 #include <QSize>
 #include <QString>
 #include <QTimer>
 
+class QMessageBox;
 namespace Ui {
 class MainWindow;
 }
@@ -177,6 +179,7 @@ private:
     int32_t hoverTicks = 0;
     int32_t playTicks = 0;
     int32_t overlayTicks = 0;
+    QPointer<QMessageBox> saveWarning; // open while a failed save is being reported
 
     // Rotator and radio; reads the home records after each panel refresh.
     lunaquill::StationControl *stationControl = nullptr;
@@ -185,6 +188,10 @@ private:
     // After an accepted dialog: every source for the stations as they now
     // stand, the overlays and every panel figure at the next tick.
     void DialogAccepted();
+    // Save a settings group; a save that fails is reported in the window.
+    void SaveHomeSettings();
+    void SaveOverlaySettings();
+    void ShowSaveFailure(const QString &error);
     void RebuildOverlays();
     void Redraw();
     void StepTime(int32_t step, QWidget *pressed);

@@ -17,7 +17,38 @@
 
 #include "render/OverlaysDialog.h"
 
+#include <QMessageBox>
+
 using namespace lunaquill;
+
+void MainWindow::SaveHomeSettings()
+{
+    QString error;
+    if (SaveHomeData(kSettingsFileName, homeData, &error) != 0)
+        ShowSaveFailure(error);
+}
+
+void MainWindow::SaveOverlaySettings()
+{
+    QString error;
+    if (SaveOverlays(kSettingsFileName, overlaySettings, &error) != 0)
+        ShowSaveFailure(error);
+}
+
+void MainWindow::ShowSaveFailure(const QString &error)
+{
+    // One box, window-modal and not blocking: the display keeps running
+    // behind it, and a second failure only updates its text.
+    if (!saveWarning) {
+        saveWarning = new QMessageBox(QMessageBox::Warning, "Settings not saved", QString(),
+                                      QMessageBox::Ok, this);
+        saveWarning->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    saveWarning->setText("Lunaquill could not save the settings to " + error
+                         + ".\n\nThe change holds until Lunaquill is closed; the file keeps "
+                           "the earlier settings.");
+    saveWarning->open();
+}
 
 bool MainWindow::About()
 {
@@ -30,7 +61,7 @@ bool MainWindow::HomeStation()
 {
     HomeStationDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeData(kSettingsFileName, homeData);
+        SaveHomeSettings();
         if (homeData.grid[0] != '\0')
             homeStationSet = 1;
         UpdateDisplay();
@@ -76,7 +107,7 @@ bool MainWindow::SourcesDisplay()
 {
     SourcesDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeData(kSettingsFileName, homeData);
+        SaveHomeSettings();
         UpdateDisplay();
         DialogAccepted();
     }
@@ -87,7 +118,7 @@ void MainWindow::SourceButtonPressed()
 {
     SourcesDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeData(kSettingsFileName, homeData);
+        SaveHomeSettings();
         UpdateDisplay();
         DialogAccepted();
     }
@@ -127,7 +158,7 @@ bool MainWindow::SetOverlays()
     // redraws at once.
     OverlaysDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveOverlays(kSettingsFileName, overlaySettings);
+        SaveOverlaySettings();
         DrawMapOverlay();
         TimeAdjusted();
     }
@@ -138,7 +169,7 @@ bool MainWindow::SetFrequency()
 {
     FrequencyDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeData(kSettingsFileName, homeData);
+        SaveHomeSettings();
         UpdateDisplay();
         DialogAccepted();
     }

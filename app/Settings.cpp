@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLockFile>
 #include <QMap>
 #include <QSaveFile>
@@ -109,35 +110,40 @@ bool WriteAll(File &file, const QByteArray &bytes)
 // and reports success. So the group is merged into a scratch copy, the copy is
 // read back and compared, and only a complete copy replaces the file, by a
 // checked write through a temporary file and a rename. On any failure the file
-// on disk stays as it was and the save is dropped silently.
+// on disk stays as it was and the reason is returned; success returns "".
 template <typename WriteGroup>
-void SaveGroup(const char *fileName, WriteGroup writeGroup)
+QString SaveGroup(const char *fileName, WriteGroup writeGroup)
 {
     const QString path = SettingsPath(fileName);
     if (!QDir().mkpath(SettingsFolder()))
-        return;
+        return "the folder " + SettingsFolder() + " cannot be made";
     QLockFile lock(path + ".lock");
-    if (!lock.tryLock(kLockWaitMs))
-        return;
+    if (!lock.tryLock(kLockWaitMs)) {
+        const QString lockName = QFileInfo(path).fileName() + ".lock";
+        return lock.error() == QLockFile::LockFailedError
+                   ? "another program holds its lock file (" + lockName + ")"
+                   : "its lock file (" + lockName + ") cannot be made";
+    }
 
     QByteArray current;
     if (QFile file(path); file.exists()) {
         // A file that cannot be read (or a folder in its place) is not replaced.
         if (!file.open(QIODevice::ReadOnly))
-            return;
+            return file.errorString();
         current = file.readAll();
         if (file.error() != QFileDevice::NoError)
-            return;
+            return file.errorString();
     }
 
     QTemporaryDir scratch(SettingsFolder() + "saving-XXXXXX");
     if (!scratch.isValid())
-        return;
+        return scratch.errorString();
     const QString mergedPath = scratch.filePath("merged.ini");
     const QString checkPath = scratch.filePath("check.ini");
     if (QFile merged(mergedPath); !merged.open(QIODevice::WriteOnly) || !WriteAll(merged, current))
-        return;
+        return merged.errorString();
 
+    const QString incomplete = "the settings did not reach the disk whole (is it full?)";
     QMap<QString, QString> intended;
     {
         QSettings settings(mergedPath, QSettings::IniFormat);
@@ -145,25 +151,36 @@ void SaveGroup(const char *fileName, WriteGroup writeGroup)
         settings.sync();
         // A FormatError only says the old file was damaged; it is rewritten.
         if (settings.status() == QSettings::AccessError)
-            return;
+            return incomplete;
         intended = Contents(settings);
     }
     // Read back under a name QSettings has not cached, so it parses the file.
     if (!QFile::rename(mergedPath, checkPath))
-        return;
+        return incomplete;
     QSettings check(checkPath, QSettings::IniFormat);
     if (check.status() == QSettings::AccessError || Contents(check) != intended)
-        return;
+        return incomplete;
 
     QFile checked(checkPath);
     if (!checked.open(QIODevice::ReadOnly))
-        return;
+        return checked.errorString();
     const QByteArray bytes = checked.readAll();
+    if (checked.error() != QFileDevice::NoError)
+        return checked.errorString();
     QSaveFile target(path);
-    if (checked.error() != QFileDevice::NoError || !target.open(QIODevice::WriteOnly))
-        return;
-    if (WriteAll(target, bytes))
-        target.commit();
+    if (!target.open(QIODevice::WriteOnly) || !WriteAll(target, bytes) || !target.commit())
+        return target.errorString();
+    return QString();
+}
+
+// The result of a save, and its reason for the caller who asked.
+int SaveResult(const char *fileName, const QString &reason, QString *error)
+{
+    if (reason.isEmpty())
+        return 0;
+    if (error)
+        *error = SettingsPath(fileName) + ": " + reason;
+    return -1;
 }
 
 } // namespace
@@ -197,9 +214,9 @@ int LoadHomeData(const char *fileName, HomeData &home)
     return 0;
 }
 
-int SaveHomeData(const char *fileName, const HomeData &home)
+int SaveHomeData(const char *fileName, const HomeData &home, QString *error)
 {
-    SaveGroup(fileName, [&home](QSettings &settings) {
+    const QString reason = SaveGroup(fileName, [&home](QSettings &settings) {
         settings.beginGroup("HOME_DATA");
         settings.setValue("Callsign", FieldText(home.callsign));
         settings.setValue("Grid", FieldText(home.grid));
@@ -210,7 +227,7 @@ int SaveHomeData(const char *fileName, const HomeData &home)
         settings.setValue("Frequency", home.frequency);
         settings.endGroup();
     });
-    return 0;
+    return SaveResult(fileName, reason, error);
 }
 
 int LoadOverlays(const char *fileName, OverlaySettings &overlays)
@@ -232,9 +249,9 @@ int LoadOverlays(const char *fileName, OverlaySettings &overlays)
     return 0;
 }
 
-int SaveOverlays(const char *fileName, const OverlaySettings &overlays)
+int SaveOverlays(const char *fileName, const OverlaySettings &overlays, QString *error)
 {
-    SaveGroup(fileName, [&overlays](QSettings &settings) {
+    const QString reason = SaveGroup(fileName, [&overlays](QSettings &settings) {
         settings.beginGroup("OVERLAYS");
         for (const OverlayKey &entry : kOverlayKeys) {
             if (entry.flag)
@@ -244,7 +261,7 @@ int SaveOverlays(const char *fileName, const OverlaySettings &overlays)
         }
         settings.endGroup();
     });
-    return 0;
+    return SaveResult(fileName, reason, error);
 }
 
 namespace {
@@ -297,9 +314,10 @@ int LoadStationControl(const char *fileName, StationControlSettings &station)
     return 0;
 }
 
-int SaveStationControl(const char *fileName, const StationControlSettings &station)
+int SaveStationControl(const char *fileName, const StationControlSettings &station,
+                       QString *error)
 {
-    SaveGroup(fileName, [&station](QSettings &settings) {
+    const QString reason = SaveGroup(fileName, [&station](QSettings &settings) {
         settings.beginGroup("STATION_CONTROL");
         settings.setValue("RotatorEnabled", station.rotatorEnabled);
         settings.setValue("RotatorHost", station.rotatorHost);
@@ -311,7 +329,7 @@ int SaveStationControl(const char *fileName, const StationControlSettings &stati
         settings.setValue("DopplerMode", station.dopplerMode);
         settings.endGroup();
     });
-    return 0;
+    return SaveResult(fileName, reason, error);
 }
 
 } // namespace lunaquill

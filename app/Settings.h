@@ -20,11 +20,15 @@ QString SettingsFolder();
 QString SettingsPath(const char *fileName);
 
 // Missing file or key: the defaults. A value that does not convert: 0.
-// Texts too long for their field are cut to it. All return 0.
+// Texts too long for their field are cut to it. Both return 0.
 int LoadHomeData(const char *fileName, HomeData &home);
-int SaveHomeData(const char *fileName, const HomeData &home);
 int LoadOverlays(const char *fileName, OverlaySettings &overlays);
-int SaveOverlays(const char *fileName, const OverlaySettings &overlays);
+
+// 0 when the whole group reached the file. -1 when it did not: the file then
+// keeps its earlier contents, and `error`, if given, names the file and why.
+int SaveHomeData(const char *fileName, const HomeData &home, QString *error = nullptr);
+int SaveOverlays(const char *fileName, const OverlaySettings &overlays,
+                 QString *error = nullptr);
 
 // The rotator (rotctld) and radio (rigctld) links of the station control.
 struct StationControlSettings {
@@ -42,6 +46,7 @@ struct StationControlSettings {
 // unknown mode, elevation outside -90..90, a switch that is not a boolean,
 // an empty host) reads as its default.
 int LoadStationControl(const char *fileName, StationControlSettings &station);
-int SaveStationControl(const char *fileName, const StationControlSettings &station);
+int SaveStationControl(const char *fileName, const StationControlSettings &station,
+                       QString *error = nullptr);
 
 } // namespace lunaquill

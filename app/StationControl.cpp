@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLoggingCategory>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QNetworkProxy>
 
 #include <algorithm>
@@ -369,7 +370,11 @@ void StationControl::RunDialog()
     StationControlDialog dialog(*this);
     if (dialog.exec() == QDialog::Accepted) {
         const StationControlSettings chosen = dialog.chosenSettings();
-        SaveStationControl(kSettingsFileName, chosen);
+        QString error;
+        if (SaveStationControl(kSettingsFileName, chosen, &error) != 0)
+            QMessageBox::warning(qobject_cast<QWidget *>(parent()), "Settings not saved",
+                                 "Lunaquill could not save the station control settings to "
+                                 + error + ".\n\nThey hold until Lunaquill is closed.");
         Apply(chosen);
     }
 }

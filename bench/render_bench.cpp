@@ -32,14 +32,6 @@ void ShadeOverlayFast(benchmark::State &state)
 }
 BENCHMARK(ShadeOverlayFast)->Unit(benchmark::kMillisecond);
 
-void ShadeOverlayPointByPoint(benchmark::State &state)
-{
-    QPixmap layer(1600, 800);
-    for (auto _ : state)
-        lunaquill::CreateShadeOverlayReference(layer, 12.3, -45.6, 10.0);
-}
-BENCHMARK(ShadeOverlayPointByPoint)->Unit(benchmark::kMillisecond);
-
 void BaseMapWithGrid(benchmark::State &state)
 {
     const QPixmap master = SyntheticTopography();

@@ -88,15 +88,17 @@ void DrawBaseMap(QPixmap &baseMap, const QPixmap &topoMaster, int mapOffset, boo
     const int width = baseMap.width();
     const int height = baseMap.height();
     baseMap = topoMaster.scaled(width, height, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    // The pieces are cut from the map at its own size, so that a map wider
+    // or narrower than the master shows each column of the world once. At
+    // the master's own size this is the master itself.
+    const QPixmap unrolled = baseMap;
 
     QPainter painter(&baseMap);
     painter.setOpacity(1.0);
     if (mapOffset > 0) {
         const int split = MapRollSplit(width, mapOffset);
-        // Cut from the master, not from the scaled copy: exact at the
-        // master's own width, which is how the map is normally shown.
         if (SplitInsideMap(split, width))
-            DrawPieces(painter, topoMaster, RollAt(width, height, split));
+            DrawPieces(painter, unrolled, RollAt(width, height, split));
     }
 
     // The grid stays fixed to the screen whatever the roll.

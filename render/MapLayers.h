@@ -19,12 +19,12 @@ int MapRollSplit(int width, int mapOffset);
 int OverlayRollSplit(int width, int mapOffset);
 
 // Redraws the base map: the topographic master scaled to the base map's size,
-// rolled by the map offset (the pieces are cut from the master at its own
-// resolution, which is exact when the map is shown at the master's width),
-// then the grid lines, fixed to the screen: 17 latitude lines (the equator
-// light grey, the others dark grey) and 23 longitude lines (Greenwich light
-// grey). Does nothing when the base map or the master is null. Offsets whose
-// split falls outside the map are not rolled.
+// rolled by the map offset (the pieces are cut from that scaled map, which at
+// the master's own size is the master), then the grid lines, fixed to the
+// screen: 17 latitude lines (the equator light grey, the others dark grey)
+// and 23 longitude lines (Greenwich light grey). Does nothing when the base
+// map or the master is null. Offsets whose split falls outside the map are
+// not rolled.
 void DrawBaseMap(QPixmap &baseMap, const QPixmap &topoMaster, int mapOffset, bool latitudeLines,
                  bool longitudeLines);
 

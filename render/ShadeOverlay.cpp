@@ -130,29 +130,6 @@ void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, doubl
     painter.drawImage(0, 0, image);
 }
 
-void CreateShadeOverlayReference(QPixmap &layer, double latitude, double longitude,
-                                 double strength)
-{
-    const int width = layer.width();
-    const int height = layer.height();
-    if (!PrepareColumnTables(width) || width <= 0 || height <= 0)
-        return;
-    QPainter painter(&layer);
-    const BodyVector body = MakeBodyVector(latitude, longitude, strength);
-    int lastGrey = -1; // carried from row to row
-    for (int r = 0; r < height; ++r) {
-        const RowTerms row = MakeRowTerms(body, r, height);
-        for (int c = 0; c < width; ++c) {
-            const int grey = ShadeGrey(row, c);
-            if (grey != lastGrey) {
-                painter.setPen(QColor(grey, grey, grey, 255));
-                lastGrey = grey;
-            }
-            painter.drawPoint(c, r);
-        }
-    }
-}
-
 int ShadeColumnTableWidth()
 {
     return columnTables.width;

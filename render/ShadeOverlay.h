@@ -16,12 +16,6 @@ namespace lunaquill {
 // drawn). If the tables cannot be allocated the layer keeps its old picture.
 void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, double strength);
 
-// The same picture drawn the slow way, point by point with a pen change at
-// each change of grey. Kept to prove that the fast version draws exactly the
-// same pixels.
-void CreateShadeOverlayReference(QPixmap &layer, double latitude, double longitude,
-                                 double strength);
-
 // The width the column tables were last made for, and how many times they
 // have been made since the process started.
 int ShadeColumnTableWidth();

@@ -9,7 +9,6 @@
 #include <QLineEdit>
 #include <QSignalBlocker>
 
-#include <cmath>
 #include <cstring>
 
 namespace lunaquill {
@@ -104,9 +103,7 @@ void HomeStationDialog::GridChanged()
 
 void HomeStationDialog::FrequencyChanged()
 {
-    bool ok = false;
-    double megahertz = ui->FrequencyEdit->text().toDouble(&ok);
-    homeData.frequency = ok && std::isfinite(megahertz) ? megahertz : 0;
+    homeData.frequency = FrequencyFromText(ui->FrequencyEdit->text().toStdString());
 }
 
 void HomeStationDialog::gridConvertPressed()

@@ -84,16 +84,20 @@ MoonPosition LowPrecisionMoon(int year, int month, int day, double utHours,
     p.localSiderealTime = fmod((Ls + 180.0) / 15.0 + utHours + longitude / 15.0 + 48.0, 24.0);
     const double HA = p.localSiderealTime * 15.0 - p.geocentricRa;
 
-    // Topocentric correction. At latitude 0 the auxiliary angle g is 0 and
-    // the declination term is 0/0: the figures become NaN there.
+    // Topocentric correction.
     const double geocentricLat = latitude - 0.1924 * sind(2 * latitude);
     const double rho = 0.99883 + 0.00167 * cosd(2 * latitude);
     const double parallax = asin(1.0 / R) * kDegPerRad * rho;
     const double g = atan(tan(geocentricLat / kDegPerRad) / cosd(HA)) * kDegPerRad;
     p.topocentricRa = p.geocentricRa
                       - parallax * cosd(geocentricLat) * sind(HA) / cosd(p.geocentricDec);
-    p.topocentricDec = p.geocentricDec
-                       - parallax * sind(geocentricLat) * sind(g - p.geocentricDec) / sind(g);
+    // On the equator g is 0 and the declination term 0/0; its limit there
+    // (sin(geocentric latitude) / sin g tends to cos HA) takes its place.
+    if (sind(g) == 0.0)
+        p.topocentricDec = p.geocentricDec - parallax * sind(-p.geocentricDec) * cosd(HA);
+    else
+        p.topocentricDec = p.geocentricDec
+                           - parallax * sind(geocentricLat) * sind(g - p.geocentricDec) / sind(g);
 
     double H = p.localSiderealTime * 15.0 - p.topocentricRa;
     if (H > 180.0)

@@ -2,7 +2,16 @@
 // search evaluates it at jd - 1, jd and jd + 1 whatever the station. These
 // wrappers remember the Moon's positions and illuminated fraction per Julian
 // Date, so refreshing the Moon for hundreds of stations at one instant costs
-// one evaluation per date; results are bit-identical to the plain calls.
+// one evaluation per date.
+//
+// What they give is what the plain calls give, but not bit for bit: libnova
+// keeps its nutation for 0.1 day, so each of its results depends slightly on
+// the calls made before it, and a remembered position was computed under an
+// earlier such state. The rise/set status is the same; rise, set and transit
+// agree within 3e-8 day (3 ms): two plain calls whose nutation was kept from
+// different moments already differ by up to about 1e-8 day, and in call
+// sequences like the program's the wrappers stayed within 1.5e-9 day of the
+// plain calls. The illuminated fraction agrees within 1e-12.
 #pragma once
 
 #include <libnova/ln_types.h>

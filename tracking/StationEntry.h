@@ -39,6 +39,11 @@ bool ValueFromPositionFields(const std::string &degrees, const std::string &minu
 // of a number as there is; 0 when there is none or it is out of range.
 double ReadDouble(const std::string &text);
 
+// A frequency as typed, in MHz: the leading number, read as C's atof reads
+// it in the C locale ("1296 MHz" and "1296,5" give 1296). 0 when the text
+// does not begin with a number or the number is not finite.
+double FrequencyFromText(const std::string &text);
+
 // printf "%W.Pf" with '.' whatever the process locale (Qt sets the locale
 // from the environment, and the texts must read back the same way).
 std::string FormatFixed(double value, int width, int precision);

@@ -11,13 +11,16 @@
 #include "tracking/SharedState.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMetaMethod>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
-#include <libnova/julian_day.h>
+#include <libnova/libnova.h>
 
 #include <cmath>
 #include <cstdio>
@@ -299,16 +302,9 @@ TEST_F(MainWindowTest, RiseSetAndDistanceRefreshAtSecondZeroOnly)
     EXPECT_EQ(Text(ui->Distance), Format("%6.0f km", homeTracks[Moon].distance * 1.5e8));
 }
 
-TEST_F(MainWindowTest, ForceRefreshAndSourceButtonAskForEveryFigure)
+TEST_F(MainWindowTest, SourceButtonAsksForEveryFigure)
 {
     Open();
-    // A forced refresh comes at the next tick, with rise and set.
-    Tick(10);
-    ui->HomeRiseTime->setText("r");
-    window->requestForceRefresh();
-    window->TimerEvent();
-    EXPECT_EQ(Text(ui->HomeRiseTime), RiseSet("Rise: ", homeTracks[Moon].riseTime));
-
     // The source button (its dialog cancelled) asks for every
     // figure at the next ordinary refresh, whatever the second.
     RefreshAtSecond(40);
@@ -407,24 +403,72 @@ TEST_F(MainWindowTest, ResizeSpreadsThePanelsAndFollowsTheMapWidth)
     EXPECT_EQ(ui->Rect2Frame->geometry(), before);
 }
 
-TEST_F(MainWindowTest, FirstRunAtLatitudeZeroShowsNanAndRecovers)
+TEST_F(MainWindowTest, FirstRunOnTheEquatorShowsFiniteFigures)
 {
-    // No settings file: the default grid at latitude and longitude 0, where
-    // the Moon's topocentric correction divides 0 by 0.
+    // No settings file: the default grid at latitude and longitude 0.
     Open(nullptr);
     window->requestForceRefresh();
     window->TimerEvent();
     EXPECT_EQ(Text(ui->HomeGrid), "JJ00aa");
-    EXPECT_NE(ui->HomeAzimuth->text().indexOf("nan"), -1);
-    EXPECT_EQ(ui->HomeAzimuth->styleSheet().toStdString(), kDarkRedStyle);
-
-    homeData.latitude = 42.51;
-    homeData.longitude = -70.96;
-    window->requestForceRefresh();
-    window->TimerEvent();
-    EXPECT_EQ(ui->HomeAzimuth->text().indexOf("nan"), -1);
+    for (QAbstractButton *figure : {ui->HomeAzimuth, ui->HomeElevation, ui->HomeSpatialOffset})
+        EXPECT_EQ(figure->text().indexOf("nan"), -1) << Text(figure);
     EXPECT_TRUE(std::isfinite(homeTracks[Moon].elevation));
-    EXPECT_TRUE(std::isfinite(homeTracks[Moon].riseTime));
+    EXPECT_TRUE(std::isfinite(homeTracks[Moon].spatialOffset));
+}
+
+// The Sun in a station's sky from libnova (its Sun is referred to J2000, so
+// precessed to the date), azimuth counted from north.
+ln_hrz_posn LibnovaSun(double latitude, double longitude)
+{
+    time_t now = DisplayedTime();
+    const double jd = ln_get_julian_from_timet(&now);
+    ln_equ_posn j2000, ofDate;
+    ln_get_solar_equ_coords(jd, &j2000);
+    ln_get_equ_prec(&j2000, jd, &ofDate);
+    ln_lnlat_posn station{longitude, latitude};
+    ln_hrz_posn sky;
+    ln_get_hrz_from_equ(&ofDate, &station, jd, &sky);
+    sky.az = std::fmod(sky.az + 180.0, 360.0);
+    return sky;
+}
+
+TEST_F(MainWindowTest, AcceptedStationDialogsRecomputeEverySource)
+{
+    // The Sun is not the tracked source, so only a recompute of every source
+    // moves its figures to the station just entered. Positions by hand from
+    // the locators: QF56od lon 2*5 + 20*16 + 14.5*5/60 - 180 = 151.2083,
+    // lat 10*5 - 90 + 6 + 3.5*2.5/60 = -33.8542; JO62qm lon 12 + 180 +
+    // 16.5*5/60 - 180 = 13.375, lat 140 - 90 + 2 + 12.5*2.5/60 = 52.5208.
+    Open();
+    const struct { bool home; const char *grid; double latitude, longitude; } rows[] = {
+        {true, "QF56od", -33.8542, 151.2083}, {false, "JO62qm", 52.5208, 13.375}};
+    for (const auto &row : rows) {
+        QTimer::singleShot(0, [&row] {
+            QWidget *dialog = QApplication::activeModalWidget();
+            ASSERT_NE(dialog, nullptr);
+            auto *grid = dialog->findChild<QLineEdit *>("GridEdit");
+            grid->setText(row.grid);
+            QTest::keyClick(grid, Qt::Key_Return);
+            if (row.home) // the home dialog converts only on Grid Convert
+                QTest::mouseClick(dialog->findChild<QPushButton *>("GridConvertButton"),
+                                  Qt::LeftButton);
+            dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+        });
+        if (row.home)
+            ui->actionHomeStation->trigger();
+        else
+            QTest::mouseClick(ui->DxGrid, Qt::LeftButton);
+
+        const double latitude = row.home ? homeData.latitude : dxStation.latitude;
+        const double longitude = row.home ? homeData.longitude : dxStation.longitude;
+        ASSERT_NEAR(latitude, row.latitude, 1e-4) << row.grid;
+        ASSERT_NEAR(longitude, row.longitude, 1e-4) << row.grid;
+        const SourceTrack &sun = (row.home ? homeTracks : dxTracks)[Sun];
+        const ln_hrz_posn expected = LibnovaSun(latitude, longitude);
+        EXPECT_NEAR(sun.elevation, expected.alt, 0.15) << row.grid;
+        const double azimuthError = std::remainder(sun.azimuth - expected.az, 360.0);
+        EXPECT_NEAR(azimuthError * std::cos(expected.alt / 57.3), 0.0, 0.15) << row.grid;
+    }
 }
 
 TEST_F(MainWindowTest, NothingIsSavedAtExit)

@@ -153,10 +153,13 @@ TEST_F(MapViewTest, SunIconStandsAtItsSubPoint)
     displayOffset = (int32_t)(1750507200 - time(nullptr));
     window->TimeAdjusted();
 
-    // By hand: the Sun's declination at the solstice is +23.44. Its right
-    // ascension, 6.0275 h = 90.41 deg, less the sidereal angle of the day
-    // number 9304.5 (4.894961213 + 6.300388099 d rad = 271.42 deg mod 360)
-    // gives -181.00; below -180, 180 is added: -1.00.
+    // The rule of SubSourcePoint, worked through (so a check of the icon's
+    // placement, not of the rule): the Sun's declination at the solstice is
+    // +23.44. Its right ascension, 6.0275 h = 90.41 deg, less the sidereal
+    // angle of the day number 9304.5 (4.894961213 + 6.300388099 d rad =
+    // 271.42 deg mod 360) gives -181.00; below -180, 180 is added: -1.00.
+    // The true sub-solar longitude then is about +0.47 (right ascension of
+    // date less Greenwich apparent sidereal time, 89.94 deg).
     EXPECT_NEAR(homeTracks[Sun].subLatitude, 23.44, 0.01);
     EXPECT_NEAR(homeTracks[Sun].subLongitude, -1.00, 0.01);
     // Map pixel trunc((-1.00 + 180) / 0.225) = 795, trunc((90 - 23.44) / 0.225) = 295:

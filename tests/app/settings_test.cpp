@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QLockFile>
 #include <QMap>
 #include <QStringList>
 #include <gtest/gtest.h>
@@ -217,15 +218,23 @@ TEST(Settings, SavingOneGroupKeepsEverythingElse)
 
 // Saves that cannot reach the disk (a folder where the file belongs; a full
 // disk, made by lowering the largest file this process may write, root
-// included): what is there stays as it was, with no stray temporary or lock file.
-TEST(Settings, UnwritableSaveLosesNothingOnDisk)
+// included; the lock held by another program): what is there stays as it
+// was, with no stray temporary or lock file, and the failure names the file
+// and the reason.
+TEST(Settings, UnwritableSaveLosesNothingOnDiskAndSaysWhy)
 {
-    for (const bool fullDisk : {false, true}) {
+    enum Case { FolderInPlace, FullDisk, LockHeld };
+    const struct { Case what; const char *reason; } rows[] = {
+        {FolderInPlace, "directory"}, {FullDisk, "disk"}, {LockHeld, "another program holds"}};
+    for (const auto &row : rows) {
         const std::string fileName = FreshFile() + ".d/Lunaquill.ini";
         const QString path = SettingsPath(fileName.c_str()), folder = QFileInfo(path).path();
         const QByteArray original = "[HOME_DATA]\nCallsign=KEEPME\n[OVERLAYS]\nSunOverlay=false\n";
-        const QString kept = fullDisk ? path : path + "/inside.ini";
+        const QString kept = row.what == FolderInPlace ? path + "/inside.ini" : path;
         WriteBytes(kept, original);
+        QLockFile otherProgram(path + ".lock");
+        if (row.what == LockHeld)
+            ASSERT_TRUE(otherProgram.lock());
         const QStringList before = QDir(folder).entryList(QDir::NoDotAndDotDot | QDir::AllEntries);
         HomeData home {};
         CopyField(home.callsign, "LOST");
@@ -235,15 +244,24 @@ TEST(Settings, UnwritableSaveLosesNothingOnDisk)
         struct rlimit old {};
         getrlimit(RLIMIT_FSIZE, &old);
         struct rlimit lowered = old;
-        lowered.rlim_cur = fullDisk ? 150 : old.rlim_cur;
+        lowered.rlim_cur = row.what == FullDisk ? 150 : old.rlim_cur;
         void (*handler)(int) = signal(SIGXFSZ, SIG_IGN);
         setrlimit(RLIMIT_FSIZE, &lowered);
-        EXPECT_EQ(SaveHomeData(fileName.c_str(), home), 0);
-        EXPECT_EQ(SaveOverlays(fileName.c_str(), OverlaySettings{}), 0);
+        QString homeError, overlaysError;
+        const int homeResult = SaveHomeData(fileName.c_str(), home, &homeError);
+        const int overlaysResult =
+            SaveOverlays(fileName.c_str(), OverlaySettings{}, &overlaysError);
         setrlimit(RLIMIT_FSIZE, &old);
         signal(SIGXFSZ, handler);
 
-        EXPECT_EQ(ReadBytes(kept), original) << (fullDisk ? "full disk" : "folder in place");
+        SCOPED_TRACE(row.reason);
+        EXPECT_EQ(homeResult, -1);
+        EXPECT_EQ(overlaysResult, -1);
+        for (const QString &error : {homeError, overlaysError}) {
+            EXPECT_TRUE(error.startsWith(path + ": ")) << error.toStdString();
+            EXPECT_TRUE(error.contains(row.reason, Qt::CaseInsensitive)) << error.toStdString();
+        }
+        EXPECT_EQ(ReadBytes(kept), original);
         EXPECT_EQ(QDir(folder).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), before);
     }
 }

@@ -8,17 +8,25 @@
 
 #include "GuiTestSupport.h"
 #include "SharedStateReset.h"
+#include "tracking/EmeFigures.h"
 #include "tracking/SharedState.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QDialogButtonBox>
+#include <QFile>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
+#include <libnova/libnova.h>
 
+#include <climits>
+#include <cmath>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <string>
 
@@ -64,36 +72,121 @@ TEST_F(TimeControlsTest, StepButtonsMoveTheClockAndMarkTheActiveStep)
     EXPECT_EQ(homeTracks[0].valid, 1);
 }
 
-TEST_F(TimeControlsTest, PlayAddsTheStepOnceASecond)
+// The instant a clock text shows ("Sun Jun  1 00:00:00 2025", UTC).
+time_t ClockInstant(const QString &text)
 {
-    QTest::mouseClick(ui->TimeAdjustHourPButton, Qt::LeftButton);
-    ASSERT_EQ(displayOffset, 3600);
+    struct tm fields {};
+    return strptime(text.toLatin1().constData(), "%a %b %e %H:%M:%S %Y", &fields)
+               ? timegm(&fields) : -1;
+}
+
+TEST_F(TimeControlsTest, PlayAddsTheStepOnceASecondAndTheClockFollowsTheMap)
+{
+    QTest::mouseClick(ui->TimeAdjustWeekPButton, Qt::LeftButton);
+    ASSERT_EQ(displayOffset, 604800);
     QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
     EXPECT_TRUE(window->isPlaying());
     EXPECT_EQ(Style(ui->TimeAdjustPlayButton), kDarkBlueStyle);
-    EXPECT_EQ(displayOffset, 3600); // nothing moves until the next play step
+    EXPECT_EQ(displayOffset, 604800); // nothing moves until the next play step
 
-    // Within 101 ticks the offset moves by one step, and by another step
-    // 101 ticks later.
-    int ticks = 0;
-    while (displayOffset == 3600 && ticks < 102) {
+    // Within 101 ticks the offset moves by one step, then every 101 ticks;
+    // the tick after a step shows the clock of the map's instant, the one
+    // the sources were computed for: Cygnus A stands still in the sky, so
+    // its sub-point moves a degree every four minutes of the clock (a week
+    // behind would be 7 degrees off).
+    for (int step = 2; step <= 4; ++step) {
+        for (int ticks = 0; displayOffset < step * 604800 && ticks < 101; ++ticks)
+            window->TimerEvent();
+        ASSERT_EQ(displayOffset, step * 604800);
         window->TimerEvent();
-        ++ticks;
+        struct tm shown {};
+        const time_t instant = ClockInstant(ui->DateTimeButton->text());
+        gmtime_r(&instant, &shown);
+        const SourceTrack &cygnus = homeTracks[CygnusA];
+        double latitude, longitude;
+        SubSourcePoint(shown, cygnus.rightAscension, cygnus.declination, latitude, longitude);
+        EXPECT_NEAR(std::remainder(longitude - cygnus.subLongitude, 360.0), 0.0, 0.01) << step;
     }
-    EXPECT_EQ(displayOffset, 7200);
-    for (int i = 0; i < 101; ++i)
-        window->TimerEvent();
-    EXPECT_EQ(displayOffset, 10800);
 
     // Play off: grey again, the step kept, the offset stands still.
     QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
     EXPECT_FALSE(window->isPlaying());
     EXPECT_EQ(Style(ui->TimeAdjustPlayButton), kGrayStyle);
-    EXPECT_EQ(Style(ui->TimeAdjustHourPButton), kGrayStyle);
-    EXPECT_EQ(window->step(), 3600);
+    EXPECT_EQ(Style(ui->TimeAdjustWeekPButton), kGrayStyle);
+    EXPECT_EQ(window->step(), 604800);
     for (int i = 0; i < 202; ++i)
         window->TimerEvent();
-    EXPECT_EQ(displayOffset, 10800);
+    EXPECT_EQ(displayOffset, 4 * 604800);
+}
+
+TEST_F(TimeControlsTest, AfterADayStepTheNextTickShowsTheNewDaysFigures)
+{
+    // The home station is at 0, 0 (first run). An instant a day ahead at
+    // which libnova's Moon is below the horizon there, so that its rise and
+    // set are those of that day's search (no pass begun the day before).
+    ln_lnlat_posn origin{0.0, 0.0};
+    for (int hours = 1; displayOffset == 0 && hours < 24 * 40; ++hours) {
+        time_t then = time(nullptr) + 86400 + hours * 3600;
+        const double jd = ln_get_julian_from_timet(&then);
+        ln_equ_posn moon;
+        ln_hrz_posn sky;
+        ln_get_lunar_equ_coords(jd, &moon);
+        ln_get_hrz_from_equ(&moon, &origin, jd, &sky);
+        if (sky.alt < -3.0)
+            displayOffset = hours * 3600;
+    }
+    for (uint32_t source : {Moon, Sun}) {
+        homeData.trackingSource = int32_t(source);
+        window->requestForceRefresh();
+        window->TimerEvent(); // the panel counter starts again from 0
+        QTest::mouseClick(ui->TimeAdjustDayPButton, Qt::LeftButton);
+        window->TimerEvent(); // the next tick, long before the next second's refresh
+        time_t shown = ClockInstant(ui->DateTimeButton->text());
+        ASSERT_NEAR(double(shown), double(DisplayedTime()), 2.0);
+        const double jd = ln_get_julian_from_timet(&shown);
+        if (source == Sun) { // its distance is otherwise refreshed at second 00 only
+            EXPECT_EQ(ui->Distance->text(),
+                      QString::asprintf("%9.6f AU", ln_get_earth_solar_dist(jd)));
+            continue;
+        }
+        ln_rst_time rst;
+        ASSERT_EQ(ln_get_lunar_rst(jd, &origin, &rst), 0);
+        ln_date rise, set;
+        ln_get_date(rst.rise, &rise);
+        ln_get_date(rst.set, &set);
+        EXPECT_EQ(ui->HomeRiseTime->text(), QString::asprintf("Rise: %02d-%02d %02d:%02d",
+                  rise.months, rise.days, rise.hours, rise.minutes));
+        EXPECT_EQ(ui->HomeSetTime->text(), QString::asprintf("Set: %02d-%02d %02d:%02d",
+                  set.months, set.days, set.hours, set.minutes));
+    }
+}
+
+TEST_F(TimeControlsTest, ThousandsOfWeekStepsStopAtTheOffsetsLimit)
+{
+    // 3600 weeks are more than the 32-bit offset holds (2^31 s = 3550.6
+    // weeks): the clock must climb and then stay at now + 2^31 - 1, never
+    // wrap to 1958. No station, a fixed source and no map keep presses cheap.
+    window.reset();
+    test::ResetSharedState();
+    QFile ini(test::SettingsFolder() + "Lunaquill.ini");
+    ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
+    ini.write("[HOME_DATA]\nGrid=\nTrackingSource=12\n");
+    ini.close();
+    QTemporaryDir noImages;
+    const QString source = QDir::currentPath();
+    QDir::setCurrent(noImages.path());
+    window = std::make_unique<MainWindow>();
+    QDir::setCurrent(source);
+    time_t last = 0;
+    for (int press = 0; press < 3600; ++press) {
+        window->TimeAdjustWeekPButtonPressed();
+        window->TimerEvent();
+        const QString clock = window->widgets()->DateTimeButton->text();
+        ASSERT_GE(ClockInstant(clock), last) << press << ": " << clock.toStdString();
+        last = ClockInstant(clock);
+    }
+    EXPECT_EQ(displayOffset, INT32_MAX);
+    EXPECT_NEAR(double(last), double(time(nullptr)) + INT32_MAX, 2.0);
 }
 
 TEST_F(TimeControlsTest, BackToNowThenPlayRunsWithRealTime)
@@ -136,8 +229,7 @@ TEST_F(TimeControlsTest, DateDialogSetsTheClockInUtc)
     });
     QTest::mouseClick(ui->SetDateTimeButton, Qt::LeftButton);
 
-    // The panels show the entered instant (a second may have passed).
-    window->requestForceRefresh();
+    // The next tick shows the entered instant (a second may have passed).
     window->TimerEvent();
     const QString clock = ui->DateTimeButton->text();
     EXPECT_TRUE(clock == "Sun Jun  1 00:00:00 2025" || clock == "Sun Jun  1 00:00:01 2025")

@@ -96,34 +96,54 @@ TEST(DrawBaseMap, GridLinesFixedToTheScreen)
     EXPECT_EQ(base.toImage().pixel(125, 5), kLand);
 }
 
-TEST(Roll, BaseMapAndLayersFollowTheMapOffset)
+TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
 {
-    // A 1600-wide master or layer. Base map split 12 * 66 = 792 at offset 12,
-    // 1600 - 13 * 66 = 742 at 13; layers always 1600 - 66 * offset. Outside a
-    // day nothing is rolled.
-    const struct { bool layer; int mapWidth, offset, marker, expected; } rows[] = {
-        {false, 1600, 0, 100, 100},  {false, 1600, -3, 100, 100}, {false, 1600, 25, 100, 100},
-        {false, 1600, 12, 100, 908}, // master 0 lands at 1600 - 792
-        {false, 1600, 13, 100, 958}, // master 0 lands at 1600 - 742
-        {false, 1600, 12, 900, 108}, // right of the split: 900 - 792
-        // Pieces cut from the master unscaled: 800-wide map, split 12 * 33 =
-        // 396, master 100 at 404 + 100 (a scaled copy would put it at 454).
-        {false, 800, 12, 100, 504},
-        {true, 1600, 12, 100, 892}, // split 808: 100 + 1600 - 808
-        {true, 1600, 23, 100, 18},  // split 82: 100 - 82
-        {true, 1600, 0, 100, 100},   {true, 1600, -1, 100, 100},  {true, 1600, 40, 100, 100},
+    // Map column x shows column (x + split) mod w of the map unrolled: at
+    // 1600 the master itself, as the pieces have always been cut; at any
+    // other width the master scaled to it, so each column of the world
+    // shows once. Splits by hand, part = w / 24: 66 at 1600 (offset 12:
+    // 12 * 66; 13: 1600 - 13 * 66; 6: 18 * 66), 78 at 1880, 33 at 800.
+    // Offsets outside a day (25: split 1600 - 1650 < 0) roll nothing.
+    QImage master(1600, 30, QImage::Format_RGB32);
+    for (int y = 0; y < master.height(); ++y)
+        for (int x = 0; x < master.width(); ++x)
+            master.setPixel(x, y, qRgb(x % 256, x / 256 * 30 + y % 7, 99));
+    const struct { int width, offset, split; } rows[] = {
+        {1600, 12, 792}, {1600, 13, 742}, {1600, 6, 1188},
+        {1880, 6, 1404}, {1880, 13, 866}, {800, 12, 396},
+        {1600, 0, 0},    {1600, -3, 0},   {1600, 25, 0},
     };
     for (const auto &r : rows) {
-        QPixmap target(r.mapWidth, 40);
+        const QImage unrolled = r.width == master.width()
+            ? master
+            : QPixmap::fromImage(master).scaled(r.width, master.height()).toImage();
+        QImage expected(r.width, master.height(), QImage::Format_RGB32);
+        for (int y = 0; y < expected.height(); ++y)
+            for (int x = 0; x < r.width; ++x)
+                expected.setPixel(x, y, unrolled.pixel((x + r.split) % r.width, y));
+        QPixmap base(r.width, master.height());
+        DrawBaseMap(base, QPixmap::fromImage(master), r.offset, false, false);
+        EXPECT_TRUE(base.toImage().convertToFormat(QImage::Format_RGB32) == expected)
+            << r.width << " wide, offset " << r.offset;
+    }
+}
+
+TEST(Roll, LayersFollowTheMapOffset)
+{
+    // A 1600-wide layer marked at column 100, split at 1600 - 66 * offset.
+    // Outside a day nothing is rolled.
+    const struct { int offset, expected; } rows[] = {
+        {12, 892}, // split 808: 100 + 1600 - 808
+        {23, 18},  // split 82: 100 - 82
+        {0, 100},  {-1, 100}, {40, 100},
+    };
+    for (const auto &r : rows) {
+        QPixmap target(1600, 40);
         target.fill(Qt::blue);
-        if (r.layer) {
-            QPainter painter(&target);
-            DrawRolled(painter, Striped(1600, 40, r.marker), r.mapWidth, r.offset);
-        } else {
-            DrawBaseMap(target, Striped(1600, 40, r.marker), r.offset, false, false);
-        }
-        EXPECT_EQ(MarkerColumns(target.toImage()), QList<int>{r.expected})
-            << (r.layer ? "layer" : "base map") << ", offset " << r.offset;
+        QPainter painter(&target);
+        DrawRolled(painter, Striped(1600, 40, 100), 1600, r.offset);
+        painter.end();
+        EXPECT_EQ(MarkerColumns(target.toImage()), QList<int>{r.expected}) << r.offset;
     }
 }
 

@@ -120,6 +120,8 @@ TEST_F(StationDialogTest, HomeDialogShowsAndStoresTheHomeValues)
     EXPECT_EQ(Text(homeData.callsign), "Q9QQ");
     EXPECT_EQ(Text(homeData.location), "Z\xfcrich"); // Latin-1
     EXPECT_DOUBLE_EQ(homeData.frequency, 432.1);
+    Enter(Child(dialog, "FrequencyEdit"), "1296,5 MHz"); // the leading number, as atof
+    EXPECT_EQ(homeData.frequency, 1296.0);
     Enter(Child(dialog, "FrequencyEdit"), "abc");
     EXPECT_EQ(homeData.frequency, 0.0);
 }

@@ -81,6 +81,45 @@ TEST(LowPrecisionMoon, TopocentricAzimuthAndElevationAgreeWithLibnova)
     }
 }
 
+TEST(LowPrecisionMoon, EquatorIsTheLimitOfNearbyLatitudes)
+{
+    // On the equator the topocentric declination is a limit (0/0 in the
+    // general form): the figures there must be finite and match latitudes
+    // 1e-9 degrees north and south, at hour angles from 0 to 180 including
+    // 90 (cos HA = 0). The longitude sets the hour angle: HA = LST - RA.
+    int compared = 0;
+    for (int k = 0; k < 40; ++k) {
+        const struct tm utc = Utc(kStart2000 + (time_t)k * 86400 * 37 + k * 5471);
+        auto at = [&](double longitude, double latitude, SourceTrack &track) {
+            EmeMoonTrack(utc, latitude, longitude, 1296.0, track); // the spatial offset
+            return LowPrecisionMoon(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday,
+                                    UtHours(utc), longitude, latitude);
+        };
+        SourceTrack equator{}, near{};
+        const MoonPosition greenwich = at(0.0, 0.0, equator);
+        if (std::fabs(greenwich.geocentricDec) < 5.0)
+            continue; // near the zenith the azimuth is ill-conditioned
+        for (double hourAngle : {0.0, 30.0, 90.0, -90.0, 135.0, 180.0}) {
+            const double longitude = hourAngle - greenwich.localSiderealTime * 15.0
+                                     + greenwich.geocentricRa;
+            const MoonPosition onEquator = at(longitude, 0.0, equator);
+            for (double latitude : {1e-9, -1e-9}) {
+                const MoonPosition m = at(longitude, latitude, near);
+                SCOPED_TRACE(testing::Message() << k << " HA " << hourAngle << " lat " << latitude);
+                EXPECT_NEAR(onEquator.topocentricDec, m.topocentricDec, 1e-6);
+                EXPECT_NEAR(onEquator.topocentricRa, m.topocentricRa, 1e-6);
+                EXPECT_NEAR(onEquator.elevation, m.elevation, 1e-6);
+                // Angles: 0 and 360 (+180 and -180) are one.
+                EXPECT_NEAR(std::remainder(onEquator.azimuth - m.azimuth, 360.0), 0.0, 1e-6);
+                EXPECT_NEAR(std::remainder(equator.spatialOffset - near.spatialOffset, 360.0),
+                            0.0, 1e-6);
+            }
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 100);
+}
+
 TEST(EmeMoonTrack, DopplerFollowsTheRangeRate)
 {
     // Reference range rate: libnova's Moon and the station rotating with
