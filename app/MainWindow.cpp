@@ -7,6 +7,7 @@
 #include "Settings.h"
 #include "ui_MainWindow.h"
 
+#include "render/StarChartRenderer.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
 
@@ -94,9 +95,11 @@ MainWindow::MainWindow(QWidget *parent)
     overlaysStale = true;
     redrawRequested = true;
 
-    // The star-chart renderer (an offscreen OpenGL context) is created here
-    // once the charts are drawn; until then the chart view shows the dial.
-    starChartRenderer = nullptr;
+    // The window's child: it lives as long as the window (in the program, as
+    // long as the process) and is released with it. Without OpenGL it stays
+    // idle and the charts show the plain dial.
+    starChartRenderer = new StarChartRenderer(this);
+    starChartRenderer->initialise();
 
     connect(&displayTimer, SIGNAL(timeout()), this, SLOT(TimerEvent()));
     displayTimer.start(10);
