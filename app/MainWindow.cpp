@@ -8,6 +8,7 @@
 #include "StationControl.h"
 #include "ui_MainWindow.h"
 
+#include "render/StarChartRenderer.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
 
@@ -98,9 +99,11 @@ MainWindow::MainWindow(QWidget *parent)
     stationControl = new StationControl(this);
     stationControl->Attach(ui->menuBar, ui->actionStationControl);
 
-    // The star-chart renderer (an offscreen OpenGL context) is created here
-    // once the charts are drawn; until then the chart view shows the dial.
-    starChartRenderer = nullptr;
+    // The window's child: it lives as long as the window (in the program, as
+    // long as the process) and is released with it. Without OpenGL it stays
+    // idle and the charts show the plain dial.
+    starChartRenderer = new StarChartRenderer(this);
+    starChartRenderer->initialise();
 
     connect(&displayTimer, SIGNAL(timeout()), this, SLOT(TimerEvent()));
     displayTimer.start(10);

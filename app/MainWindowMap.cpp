@@ -9,6 +9,7 @@
 #include "render/Projection.h"
 #include "render/ShadeOverlay.h"
 #include "render/SkyLayers.h"
+#include "render/StarChartRenderer.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/FavoriteList.h"
 #include "tracking/Maidenhead.h"
@@ -412,12 +413,20 @@ void MainWindow::DrawFavorites(QPainter &painter, const QString &fileName)
 
 namespace {
 
-// The plain dial on a chart label; the sphere is drawn over it by the chart
-// renderer once there is one.
-void ShowDial(QLabel *chart, const QPixmap &dial)
+// One chart: the dial at the label's size, and over its face the map on the
+// sphere seen from above the station when there is one.
+void DrawChart(QLabel *chart, const QPixmap &dial, StarChartRenderer &renderer,
+               const QPixmap &overlay, bool stationSet, double latitude, double longitude)
 {
-    if (!dial.isNull())
-        chart->setPixmap(dial.copy(0, 0, chart->width(), chart->height()));
+    const QRect rect(QPoint(0, 0), QPoint(chart->width() - 1, chart->height() - 1));
+    QPixmap pixmap = dial.copy(rect);
+    QImage image = pixmap.toImage();
+    chart->setPixmap(pixmap);
+    chart->show();
+    if (stationSet)
+        renderer.render(overlay, image, float(latitude), float(longitude));
+    ClipToDialFace(pixmap, image);
+    chart->setPixmap(pixmap);
     chart->show();
 }
 
@@ -428,7 +437,8 @@ void MainWindow::DrawStarChart1()
     if (!overlaySettings.StarChartOverlay)
         return;
     ui->WorldMap->hide();
-    ShowDial(ui->StarChart1, dialScaled);
+    DrawChart(ui->StarChart1, dialScaled, *starChartRenderer, screenOverlay, homeStationSet,
+              homeData.latitude, homeData.longitude);
 }
 
 void MainWindow::DrawStarChart2()
@@ -436,5 +446,6 @@ void MainWindow::DrawStarChart2()
     if (!overlaySettings.StarChartOverlay)
         return;
     ui->WorldMap->hide();
-    ShowDial(ui->StarChart2, dialScaled);
+    DrawChart(ui->StarChart2, dialScaled, *starChartRenderer, screenOverlay, dxStationSet,
+              dxStation.latitude, dxStation.longitude);
 }

@@ -1,7 +1,9 @@
 // The map's costs at a 1600 x 800 map: one shading layer, the composed
 // screen overlay with every layer on, and a whole TimeAdjusted (recompute
 // every source, both shades, sky, screen overlay, draw), which play mode runs
-// once a second on the GUI thread.
+// once a second on the GUI thread; the same in the star-chart view, and one
+// chart. The charts need an X server for their OpenGL context, e.g.
+//   QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1920x1080x24" build/bench/window_bench
 #include "app/MainWindow.h"
 
 #include "tracking/SharedState.h"
@@ -67,6 +69,31 @@ void BM_TimeAdjusted(benchmark::State &state)
     }
 }
 BENCHMARK(BM_TimeAdjusted)->Unit(benchmark::kMillisecond);
+
+// The same in the star-chart view: both charts rendered in place of the map.
+void BM_TimeAdjustedChartView(benchmark::State &state)
+{
+    overlaySettings.StarChartOverlay = true;
+    for (auto _ : state) {
+        displayOffset += 60;
+        window->TimeAdjusted();
+    }
+    overlaySettings.StarChartOverlay = false;
+}
+BENCHMARK(BM_TimeAdjustedChartView)->Unit(benchmark::kMillisecond);
+
+// One chart: dial copy, texture from the overlay, sphere, read-back, clip.
+void BM_DrawStarChart1(benchmark::State &state)
+{
+    overlaySettings.StarChartOverlay = true;
+    window->TimeAdjusted();
+    for (auto _ : state) {
+        window->CreateScreenOverlay(); // a new overlay each time, as each refresh makes
+        window->DrawStarChart1();
+    }
+    overlaySettings.StarChartOverlay = false;
+}
+BENCHMARK(BM_DrawStarChart1)->Unit(benchmark::kMillisecond);
 
 void BM_RecalculateSources(benchmark::State &state)
 {

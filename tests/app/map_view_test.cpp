@@ -5,6 +5,7 @@
 
 #include "GuiTestSupport.h"
 #include "SharedStateReset.h"
+#include "render/StarChartRenderer.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
 
@@ -247,6 +248,21 @@ TEST_F(MapViewTest, SunShadeIsWhiteUnderTheSunAndBlackOppositeIt)
     EXPECT_EQ(shade.pixel(795, 295), qRgb(255, 255, 255));
     // The antipode (-23.44, 179.0): night.
     EXPECT_EQ(shade.pixel(1595, 504), qRgb(0, 0, 0));
+}
+
+TEST_F(MapViewTest, WithoutOpenGlTheChartsStayThePlainDial)
+{
+    Open(); // home: a first run's JJ00aa
+    ASSERT_FALSE(window->findChild<StarChartRenderer *>()->isReady())
+        << "run with QT_QPA_OFFSCREEN_NO_GLX=1: no context is to be had";
+    CopyField(dxStation.grid, "QF56og");
+    dxStationSet = 1;
+    window->ViewModeButtonPressed();
+    const QImage dial = QPixmap(QDir::currentPath() + "/pixmaps/dial.png")
+                            .scaled(790, 790, Qt::KeepAspectRatio).toImage();
+    for (QLabel *chart : {ui->StarChart1, ui->StarChart2})
+        EXPECT_EQ(chart->pixmap().toImage().convertToFormat(dial.format()), dial);
+    EXPECT_FALSE(ui->WorldMap->isVisible());
 }
 
 TEST_F(MapViewTest, MissingOrCorruptImagesLeaveTheMapBlankWithoutACrash)

@@ -1,0 +1,208 @@
+#include "StarChartRenderer.h"
+
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
+#include <QOpenGLShaderProgram>
+#include <QOpenGLTexture>
+#include <QPainter>
+#include <QRegion>
+
+namespace lunaquill {
+
+namespace {
+
+const char *const kVertexShader = R"(#version 120
+attribute vec4 vertex;
+attribute vec2 in_texcoord;
+varying vec2 v_texcoord;
+uniform mat4 projMatrix;
+uniform mat4 mvMatrix;
+void main()
+{
+    gl_Position = projMatrix * mvMatrix * vertex;
+    v_texcoord = in_texcoord;
+}
+)";
+
+const char *const kFragmentShader = R"(#version 120
+varying vec2 v_texcoord;
+uniform sampler2D texture;
+void main()
+{
+    gl_FragColor = texture2D(texture, v_texcoord);
+}
+)";
+
+} // namespace
+
+QSurfaceFormat StarChartSurfaceFormat()
+{
+    QSurfaceFormat format;
+    format.setRenderableType(QSurfaceFormat::OpenGL);
+    format.setVersion(2, 1);
+    format.setProfile(QSurfaceFormat::NoProfile);
+    format.setDepthBufferSize(24);
+    return format;
+}
+
+void ClipToDialFace(QPixmap &chart, const QImage &image)
+{
+    if (chart.isNull())
+        return;
+    const QRect rect(QPoint(0, 0), QPoint(chart.width() - 1, chart.height() - 1));
+    QPainter painter(&chart);
+    painter.setClipRegion(QRegion(15, 15, rect.width() - 35, rect.height() - 35,
+                                  QRegion::Ellipse));
+    painter.setOpacity(1.0);
+    painter.drawImage(rect, image);
+}
+
+StarChartRenderer::StarChartRenderer(QObject *parent) : QObject(parent)
+{
+    view.translate(0.0f, 0.0f, -3.0f);
+}
+
+StarChartRenderer::~StarChartRenderer()
+{
+    // The OpenGL objects go while their context is current; the context
+    // before the surface it was current on.
+    if (context && surface && context->makeCurrent(surface.get())) {
+        framebuffer.reset();
+        texture.reset();
+        program.reset();
+        vertexArray.destroy();
+        vertexBuffer.destroy();
+        indexBuffer.destroy();
+        context->doneCurrent();
+    }
+    context.reset();
+    surface.reset();
+}
+
+bool StarChartRenderer::initialise()
+{
+    if (ready)
+        return true;
+    const QSurfaceFormat format = StarChartSurfaceFormat();
+    auto newContext = std::make_unique<QOpenGLContext>();
+    newContext->setFormat(format);
+    if (!newContext->create())
+        return false;
+    auto newSurface = std::make_unique<QOffscreenSurface>();
+    newSurface->setFormat(format);
+    newSurface->create();
+    if (!newSurface->isValid() || !newContext->makeCurrent(newSurface.get()))
+        return false;
+    context = std::move(newContext);
+    surface = std::move(newSurface);
+    initializeOpenGLFunctions();
+
+    program = std::make_unique<QOpenGLShaderProgram>();
+    if (!program->addShaderFromSourceCode(QOpenGLShader::Vertex, kVertexShader)
+        || !program->addShaderFromSourceCode(QOpenGLShader::Fragment, kFragmentShader)
+        || !program->link() || !program->bind()) {
+        program.reset();
+        context->doneCurrent();
+        return false;
+    }
+
+    mesh = BuildSphereMesh();
+    vertexArray.create(); // without the extension the binder below does nothing
+    QOpenGLVertexArrayObject::Binder bindArray(&vertexArray);
+    vertexBuffer.create();
+    vertexBuffer.bind();
+    vertexBuffer.allocate(mesh.vertices.data(), int(mesh.vertices.size() * sizeof(SphereVertex)));
+    indexBuffer.create();
+    indexBuffer.bind();
+    indexBuffer.allocate(mesh.indices.data(), int(mesh.indices.size() * sizeof(uint16_t)));
+    program->enableAttributeArray("vertex");
+    program->setAttributeBuffer("vertex", GL_FLOAT, 0, 3, sizeof(SphereVertex));
+    program->enableAttributeArray("in_texcoord");
+    program->setAttributeBuffer("in_texcoord", GL_FLOAT, 3 * sizeof(float), 2,
+                                sizeof(SphereVertex));
+    program->release();
+    ready = true;
+    return true;
+}
+
+void StarChartRenderer::rotate(float angle, float yFactor, float xFactor)
+{
+    if (xFactor != 0.0f) {
+        QMatrix4x4 turn;
+        turn.rotate(angle, xFactor, 0.0f, 0.0f);
+        model = turn * model;
+    }
+    if (yFactor != 0.0f)
+        model.rotate(angle, 0.0f, yFactor, 0.0f);
+}
+
+void StarChartRenderer::prepareTexture(const QPixmap &overlay)
+{
+    // Both charts are drawn from the same overlay: its texture is made once
+    // and kept until the overlay changes (its cache key changes with every
+    // change of its pixels).
+    if (texture && overlay.cacheKey() == textureSource)
+        return;
+    textureImage = overlay.toImage().mirrored(true, true);
+    texture = std::make_unique<QOpenGLTexture>(textureImage);
+    texture->setMinificationFilter(QOpenGLTexture::Nearest);
+    texture->setMagnificationFilter(QOpenGLTexture::Linear);
+    textureSource = overlay.cacheKey();
+}
+
+void StarChartRenderer::render(const QPixmap &overlay, QImage &target, float latitude,
+                               float longitude)
+{
+    if (!ready || overlay.isNull() || target.isNull()
+        || !context->makeCurrent(surface.get()))
+        return;
+    prepareTexture(overlay);
+
+    view.setToIdentity();
+    view.translate(0.0f, 0.0f, -3.0f);
+    QMatrix4x4 closer;
+    closer.translate(0.0f, 0.0f, 0.3f);
+    view = closer * view;
+
+    model.setToIdentity();
+    model.translate(0.0f, 0.0f, 0.0f);
+    rotate(latitude, 0.0f, 0.1f);
+    rotate(90.0f - longitude, 0.1f, 0.0f);
+
+    targetImage = target;
+    draw();
+    target = targetImage;
+}
+
+void StarChartRenderer::draw()
+{
+    const QSize size = targetImage.size();
+    // The framebuffer is kept while the charts keep their size.
+    if (!framebuffer || framebuffer->size() != size)
+        framebuffer = std::make_unique<QOpenGLFramebufferObject>(
+            size, QOpenGLFramebufferObject::Depth, GL_TEXTURE_2D);
+    framebuffer->bind();
+    glViewport(0, 0, size.width(), size.height());
+    projection.setToIdentity();
+    projection.perspective(45.0f, float(size.width()) / float(size.height()), 0.01f, 100.0f);
+
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glEnable(GL_DEPTH_TEST);
+    glEnable(GL_CULL_FACE);
+    if (!vertexArray.isCreated())
+        vertexArray.create();
+    QOpenGLVertexArrayObject::Binder bindArray(&vertexArray);
+    program->bind();
+    program->setUniformValue("projMatrix", projection);
+    program->setUniformValue("mvMatrix", view * model);
+    texture->bind(0);
+    program->setUniformValue("texture", 0);
+    glDrawElements(GL_TRIANGLES, GLsizei(mesh.indices.size()), GL_UNSIGNED_SHORT, nullptr);
+    texture->release(0);
+    program->release();
+    targetImage = framebuffer->toImage(true);
+    framebuffer->release();
+}
+
+} // namespace lunaquill
