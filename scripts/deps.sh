@@ -10,6 +10,7 @@ packages=(
   libgtest-dev libbenchmark-dev
   xvfb xauth libgl1-mesa-dri libglx-mesa0 libegl-mesa0
   fonts-dejavu-core
+  desktop-file-utils appstream
 )
 
 missing=()
