@@ -1,6 +1,7 @@
 // The world map: projection, its layers, the mouse read-out and the charts.
 #include "MainWindow.h"
 
+#include "ImageRoot.h"
 #include "PanelText.h"
 #include "Settings.h"
 #include "ui_MainWindow.h"
@@ -15,6 +16,7 @@
 #include "tracking/Maidenhead.h"
 #include "tracking/SharedState.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -34,7 +36,7 @@ bool SubPointOf(const SourceTrack &record) { return record.valid != 0; }
 
 QPixmap LoadImage(const char *name)
 {
-    return QPixmap(QDir::currentPath() + name);
+    return QPixmap(ImageRoot(QDir::currentPath(), QCoreApplication::applicationDirPath()) + name);
 }
 
 // The map as the sky layers see it, at the displayed instant.

@@ -13,6 +13,7 @@ packages=(
   fonts-dejavu-core
   tzdata
   libhamlib-utils faketime
+  desktop-file-utils appstream
 )
 
 missing=()

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Regenerates every image in pixmaps/ with the generators of a build folder.
+# Regenerates every image in pixmaps/, and the application icon in
+# packaging/icons/, with the generators of a build folder.
 # Usage: tools/make_pixmaps.sh <build-folder>   (after building its tools)
 set -eu
 
@@ -16,3 +17,4 @@ mkdir -p "$pixmaps"
 "$bin/make_world_map" "$tools/downloads/xplanet-images" "$pixmaps/nasa-topo_1600.jpg"
 "$bin/make_sky_noise" "$pixmaps/skynoise_1600.png"
 "$bin/make_icons" "$pixmaps"
+"$bin/make_app_icon" "$(dirname "$tools")/packaging/icons"
