@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that building, running and testing need.
-# Quiet and quick when everything is already there.
+# Installs the Debian 12 packages that building, running and testing need,
+# and any further packages named as arguments (scripts/package.sh names its
+# own). Quiet and quick when everything is already there.
 set -euo pipefail
 
 packages=(
@@ -14,6 +15,7 @@ packages=(
   tzdata
   libhamlib-utils faketime
   desktop-file-utils appstream
+  "$@"
 )
 
 missing=()
