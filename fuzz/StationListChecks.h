@@ -5,66 +5,93 @@
 #include "FuzzSupport.h"
 
 #include "tracking/Maidenhead.h"
+#include "tracking/StationLines.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string>
-#include <string_view>
+#include <vector>
 
 namespace lunaquill::fuzz {
 
-// The file's text as the readers see it: CR LF read as LF.
-inline std::string TextOfFile(const uint8_t *data, size_t size)
+struct Station {
+    std::string call, grid, location;
+};
+
+// The stations of a list file by the rules users' files are read by, worked
+// out plainly over the whole text rather than line by line from the file.
+inline std::vector<Station> ExpectedStations(const uint8_t *data, size_t size, ListFormat format,
+                                             size_t capacity)
 {
-    std::string text;
-    text.reserve(size);
-    for (size_t i = 0; i < size; ++i) {
-        if (data[i] == '\r' && i + 1 < size && data[i + 1] == '\n')
+    const bool dx = format == ListFormat::DxStations;
+    std::string text; // CR LF read as LF
+    for (size_t i = 0; i < size; ++i)
+        if (!(data[i] == '\r' && i + 1 < size && data[i + 1] == '\n'))
+            text += (char)data[i];
+
+    std::vector<Station> stations;
+    size_t next = 0;
+    while (stations.size() < capacity && next < text.size()) {
+        // A line of at most 255 characters with its newline; a band list
+        // drops the rest of a longer line, the DX list reads it as a line.
+        const size_t newline = text.find('\n', next);
+        const size_t lineEnd = newline == std::string::npos ? text.size() : newline + 1;
+        std::string line = text.substr(next, std::min<size_t>(lineEnd - next, 255));
+        next = dx || line.size() < 255 || line.back() == '\n' ? next + line.size() : lineEnd;
+        line.resize(strnlen(line.c_str(), line.size())); // the line is read as a C string
+        if (line.empty() || line[0] == '/' || (dx && line[0] == '\n'))
             continue;
-        text += (char)data[i];
+        // A field ends at a comma (consumed) or after its width (not).
+        size_t at = 0;
+        auto field = [&](size_t width, const char *stops) {
+            const size_t length = std::min(width, line.find_first_of(stops, at) - at);
+            std::string value = line.substr(at, length);
+            at += value.size();
+            if (value.size() < width && at < line.size() && line[at] == ',')
+                ++at;
+            return value;
+        };
+        const char *stops = dx ? ",\n" : ",";
+        Station station;
+        station.call = field(12, stops);
+        if (station.call == "ZZZZZZ")
+            break;
+        station.grid = field(8, stops);
+        for (int skipped = 0; skipped < 4; ++skipped)
+            field(line.size(), ",");
+        station.location = field(64, ",\n");
+        stations.push_back(station);
     }
-    return text;
+    return stations;
 }
 
-// Checks one list. Per record: each field is its text, then zeros to its
-// full width; no field holds a comma, the location no newline (nor the call
-// and grid when `newlineEndsEveryField`); no record is the end marker; the
-// position is still the zero of a cleared record (it is filled when the list
-// is shown) and the grid converts within its field. Over the list: the count
-// within its capacity and the number of lines (`extraLinesPerByte` allows for
-// lines cut into pieces), every record past the count all zero, and the
-// fields' texts found in the file in the order they are read.
+// Checks one list against the expected stations: the count, and per record
+// each field's text followed by zeros to its full width, without a comma
+// (nor a newline where a newline ends the field); the position still the
+// zero of a cleared record (it is filled when the list is shown), a grid that
+// converts within its field, and every record past the count all zero.
 template <typename Record, size_t CallSize, size_t GridSize, size_t LocationSize>
-void CheckStationList(const uint8_t *data, size_t size, const Record *records, int count,
-                      int capacity, bool newlineEndsEveryField, size_t bytesPerPiece,
-                      char (Record::*call)[CallSize], char (Record::*grid)[GridSize],
-                      char (Record::*location)[LocationSize])
+void CheckStationList(const uint8_t *data, size_t size, ListFormat format, const Record *records,
+                      int count, int capacity, char (Record::*call)[CallSize],
+                      char (Record::*grid)[GridSize], char (Record::*location)[LocationSize])
 {
-    const std::string text = TextOfFile(data, size);
-    const size_t lines = std::count(text.begin(), text.end(), '\n') + 1;
-    FUZZ_CHECK(count >= 0 && count <= capacity);
-    FUZZ_CHECK((size_t)count <= lines + (bytesPerPiece ? text.size() / bytesPerPiece : 0));
+    const std::vector<Station> expected = ExpectedStations(data, size, format, capacity);
+    FUZZ_CHECK(count >= 0 && (size_t)count == expected.size());
 
-    size_t from = 0; // where the next field's text may start in the file
-    auto checkField = [&](const char *field, size_t width, const char *stops) {
+    auto checkField = [](const char *field, size_t width, const std::string &text,
+                         const char *stops) {
         const size_t length = strnlen(field, width);
         for (size_t i = length; i < width; ++i)
             FUZZ_CHECK(field[i] == '\0');
-        const std::string_view value(field, length);
-        FUZZ_CHECK(value.find_first_of(stops) == std::string_view::npos);
-        if (length > 0) {
-            from = text.find(value, from);
-            FUZZ_CHECK(from != std::string::npos);
-            from += length;
-        }
+        FUZZ_CHECK(std::string(field, length) == text);
+        FUZZ_CHECK(text.find_first_of(stops) == std::string::npos);
     };
-    const char *callStops = newlineEndsEveryField ? ",\n" : ",";
+    const char *stops = format == ListFormat::DxStations ? ",\n" : ",";
     for (int i = 0; i < count; ++i) {
         const Record &record = records[i];
-        checkField(record.*call, CallSize, callStops);
-        FUZZ_CHECK(memcmp(record.*call, "ZZZZZZ", 7) != 0);
-        checkField(record.*grid, GridSize, callStops);
-        checkField(record.*location, LocationSize, ",\n");
+        checkField(record.*call, CallSize, expected[i].call, stops);
+        checkField(record.*grid, GridSize, expected[i].grid, stops);
+        checkField(record.*location, LocationSize, expected[i].location, ",\n");
         FUZZ_CHECK(record.latitude == 0 && record.longitude == 0);
         double latitude = 0, longitude = 0;
         if (GridToLatLong(record.*grid, latitude, longitude) == 0)
