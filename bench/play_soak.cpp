@@ -1,9 +1,11 @@
 // Long-run soak of play mode: the real window with every layer on and a DX
-// station set by a click on the map, driven through thousands of +Hour play
-// steps by calling the display cycle directly (no waiting for the timer),
-// printing the resident memory as it goes. Not a test: read the figures.
+// station set by a click on the map and the pointer moving over it, driven
+// through thousands of +Hour play steps by calling the display cycle directly
+// (no waiting for the timer), printing the resident memory as it goes. Not a
+// test: read the figures.
 // After the warm-up the resident memory should stay flat.
-//   play_soak [STEPS] [--charts]     (default 2000 steps, map view)
+//   play_soak [STEPS] [--charts] [--grab FILE]
+// (default 2000 steps in the map view; --grab saves the window at the end)
 #include "app/MainWindow.h"
 #include "app/Settings.h"
 #include "ui_MainWindow.h"
@@ -70,9 +72,12 @@ int main(int argc, char **argv)
 {
     int steps = 2000;
     bool charts = false;
+    const char *grab = nullptr;
     for (int i = 1; i < argc; ++i) {
         if (strcmp(argv[i], "--charts") == 0)
             charts = true;
+        else if (strcmp(argv[i], "--grab") == 0 && i + 1 < argc)
+            grab = argv[++i];
         else
             steps = std::max(1, atoi(argv[i]));
     }
@@ -91,14 +96,16 @@ int main(int argc, char **argv)
     QApplication::processEvents();
     Ui::MainWindow *ui = window.widgets();
 
+    const QPoint map = ui->centralWidget->geometry().topLeft() + ui->WorldMap->geometry().topLeft();
+    auto mouse = [&](QEvent::Type type, QPoint at, Qt::MouseButton button) {
+        QMouseEvent event(type, at, at, button, button, Qt::NoModifier);
+        QApplication::sendEvent(&window, &event);
+    };
     // The DX station: a left click on the map (the map takes clicks in map view only).
     overlaySettings.StarChartOverlay = false;
-    const QPoint click = ui->centralWidget->geometry().topLeft() +
-                         ui->WorldMap->geometry().topLeft() +
-                         QPoint(ui->WorldMap->width() * 85 / 100, ui->WorldMap->height() * 70 / 100);
-    QMouseEvent press(QEvent::MouseButtonPress, click, click, Qt::LeftButton, Qt::LeftButton,
-                      Qt::NoModifier);
-    QApplication::sendEvent(&window, &press);
+    mouse(QEvent::MouseButtonPress,
+          map + QPoint(ui->WorldMap->width() * 85 / 100, ui->WorldMap->height() * 70 / 100),
+          Qt::LeftButton);
     overlaySettings.StarChartOverlay = charts;
     if (!dxStationSet) {
         fprintf(stderr, "the click on the map set no DX station\n");
@@ -117,6 +124,10 @@ int main(int argc, char **argv)
     const int warmUp = std::min(steps, kWarmUpSteps);
     double warmedUp = 0, highest = 0;
     for (int step = 1; step <= steps; ++step) {
+        // The pointer wanders over the map: the hover read-out comes and goes.
+        mouse(QEvent::MouseMove,
+              map + QPoint(step * 37 % ui->WorldMap->width(), step * 17 % ui->WorldMap->height()),
+              Qt::NoButton);
         // Posted events (repaints) after every tick, as the event loop would
         // deliver them; no processEvents, so the window's own timer adds no ticks.
         for (int tick = 0; tick < kTicksPerStep; ++tick) {
@@ -139,6 +150,8 @@ int main(int argc, char **argv)
         }
     }
 
+    if (grab)
+        window.grab().save(grab);
     const int32_t stepsTaken = (displayOffset - firstOffset) / 3600;
     const double last = ResidentMegabytes();
     printf("play steps taken: %d of %d\n", stepsTaken, steps);

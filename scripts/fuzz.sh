@@ -47,9 +47,5 @@ mkdir -p "$work" "$findings"
 export ASAN_OPTIONS="detect_leaks=1:suppressions=$root/tests/support/asan.supp"
 export LSAN_OPTIONS="suppressions=$root/tests/support/lsan.supp:print_suppressions=0"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
-# Qt reads "@Variant(...)" ini values with lengths the file claims and copes
-# when such an allocation fails: only there is a huge request no finding.
-limits=()
-[[ $target == settings ]] && limits=(-malloc_limit_mb=1000000000)
 exec "$build/fuzz/${target}_fuzz" -max_total_time="$seconds" -print_final_stats=1 \
-  -artifact_prefix="$findings/" "${limits[@]}" "$@" "$work" "$root/fuzz/corpus/$target"
+  -artifact_prefix="$findings/" "$@" "$work" "$root/fuzz/corpus/$target"
