@@ -1,11 +1,13 @@
 // The settings loaders on any ini file: the input is written as
-// Lunaquill.ini in a temporary home folder, then both groups are loaded.
+// Lunaquill.ini in a temporary home folder, then both groups are loaded, in
+// an application object like the program's, so that "@Variant(...)" values
+// of images, colours and fonts are read as the program would read them.
 #include "FuzzSupport.h"
 
 #include "app/Settings.h"
 
 #include <QByteArray>
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 #include <QTemporaryDir>
 
@@ -78,7 +80,8 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
     static QTemporaryDir home(
         QString::fromStdString(fuzz::ScratchFolder() + "/lunaquill-home-XXXXXX"));
     setenv("HOME", home.path().toLocal8Bit().constData(), 1);
-    static QCoreApplication application(*argc, *argv);
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    static QApplication application(*argc, *argv);
     QDir().mkpath(SettingsFolder());
     iniPath = SettingsPath(kSettingsFileName);
     return 0;
