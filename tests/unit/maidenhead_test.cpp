@@ -1,10 +1,10 @@
-// The locator conversions against worked examples.
+// The locator conversions against worked examples. Buffer bounds and round trips over any
+// input are the locator fuzz target's.
 #include "tracking/Maidenhead.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 
 using namespace lunaquill;
 
@@ -31,11 +31,6 @@ TEST(GridToLatLong, WorkedExamplesAndRefusals)
         EXPECT_NEAR(lat, row.latitude, 1e-12) << (row.grid ? row.grid : "null");
         EXPECT_NEAR(lon, row.longitude, 1e-12) << (row.grid ? row.grid : "null");
     }
-    // Eight bytes without a terminator: only six are looked at; a short text ends at its NUL
-    // (see the sanitizer build).
-    const char field[8] = {'F', 'N', '4', '2', 'm', 'm', 'x', 'y'}, shortText[3] = {'F', 'N', 0};
-    double lat = 0, lon = 0;
-    EXPECT_EQ(GridToLatLong(field, lat, lon) + GridToLatLong(shortText, lat, lon), 0 + 1);
 }
 
 TEST(LatLongToGrid, WorkedExamplesAndRefusals)
@@ -53,21 +48,5 @@ TEST(LatLongToGrid, WorkedExamplesAndRefusals)
         EXPECT_EQ(LatLongToGrid(grid, row.latitude, row.longitude), *row.grid ? 0 : 1);
         EXPECT_STREQ(grid, row.grid);
         EXPECT_EQ(grid[6], '\0');
-    }
-    // Unchecked latitudes still stay inside the buffer.
-    char grid[8] = {0, 0, 0, 0, 0, 0, 0, 'z'};
-    EXPECT_EQ(LatLongToGrid(grid, NAN, 0.0), 0);
-    EXPECT_EQ(LatLongToGrid(grid, 1e300, 0.0), 0);
-    EXPECT_TRUE(grid[6] == '\0' && grid[7] == 'z');
-
-    // Round trip: the centre of the subsquare lies within half a subsquare.
-    for (double lat = -89.9; lat < 90; lat += 7.3) {
-        for (double lon = -179.9; lon < 180; lon += 11.1) {
-            double clat = 0, clon = 0;
-            ASSERT_EQ(LatLongToGrid(grid, lat, lon), 0);
-            ASSERT_EQ(GridToLatLong(grid, clat, clon), 0) << grid;
-            EXPECT_LE(std::fabs(clat - lat), 1.25 / 60 + 1e-9) << grid;
-            EXPECT_LE(std::fabs(clon - lon), 2.5 / 60 + 1e-9) << grid;
-        }
     }
 }
