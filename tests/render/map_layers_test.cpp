@@ -161,6 +161,7 @@ TEST(ScaleLabels, TextsSitOnTheirBaselinesAndColumns)
     for (int b : {10, 48, 404, 797})
         EXPECT_LT(LeftmostInk(latitude, b - up, b + down), 40) << "no text at baseline " << b;
     EXPECT_EQ(LeftmostInk(latitude, 10 + down + 1, 48 - up - 1), 40) << "stray ink";
+    EXPECT_EQ(LeftmostInk(latitude, 798, 799), 40) << "-90 sits on 797, inside the edge";
     // "  0" starts two blanks further right than "+10" (baseline 359) above it.
     EXPECT_GE(LeftmostInk(latitude, 404 - up, 404) - LeftmostInk(latitude, 359 - up, 359),
               metrics.horizontalAdvance("  ") - metrics.horizontalAdvance("+"));
