@@ -138,7 +138,8 @@ TEST(SkyTables, ObjectsLieInTheirConstellations)
     for (const auto &k : known) {
         const ObjectList &list = *kCatalogue[Index(k.constellation)];
         auto same = [&](const CatalogueObject &o) {
-            return o.number == k.number && o.type == k.type && std::fabs(o.magnitude - k.magnitude) < 0.005;
+            return o.number == k.number && o.type == k.type
+                   && std::fabs(o.magnitude - k.magnitude) < 0.005;
         };
         EXPECT_EQ(std::count_if(list.objects, list.objects + list.count, same), 1)
             << k.constellation << " " << k.number;

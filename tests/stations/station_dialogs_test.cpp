@@ -122,7 +122,8 @@ TEST_F(StationDialogTest, HomeDialogShowsAndStoresTheHomeValues)
     QTest::keyClick(Child(dialog, "LocationEdit"), Qt::Key_Return);
     EXPECT_EQ(Text(homeData.callsign) + Text(homeData.location), "Q9QQZ\xfcrich"); // Latin-1
     // The leading number, as atof reads it.
-    for (auto [typed, frequency] : {std::pair{"432.1", 432.1}, {"1296,5 MHz", 1296.0}, {"abc", 0.0}}) {
+    for (auto [typed, frequency] :
+         {std::pair{"432.1", 432.1}, {"1296,5 MHz", 1296.0}, {"abc", 0.0}}) {
         Enter(Child(dialog, "FrequencyEdit"), typed);
         EXPECT_DOUBLE_EQ(homeData.frequency, frequency) << typed;
     }
@@ -217,10 +218,12 @@ TEST_F(StationDialogTest, EachFieldAndChoiceStoresThePositionAtOnce)
                 combo->setCurrentIndex(QString(step.typed).toInt());
             else
                 Enter(Child(*dialog, step.field), step.typed);
-            EXPECT_NEAR(s.Latitude(), step.latitude, Tolerance) << step.field << " " << step.typed;
-            EXPECT_NEAR(s.Longitude(), step.longitude, Tolerance) << step.field << " " << step.typed;
+            SCOPED_TRACE(std::string(step.field) + " " + step.typed);
+            EXPECT_NEAR(s.Latitude(), step.latitude, Tolerance);
+            EXPECT_NEAR(s.Longitude(), step.longitude, Tolerance);
         }
-        EXPECT_EQ(Fields(*dialog, "Latitude"), QStringList({"1234567890", "0", "30", "S"})); // cut, not refilled
+        // Cut to ten characters, and not refilled.
+        EXPECT_EQ(Fields(*dialog, "Latitude"), QStringList({"1234567890", "0", "30", "S"}));
     }
 }
 
@@ -264,7 +267,8 @@ TEST_F(StationDialogTest, DxListShowsBandedRowsAndAClickPicksTheStation)
         for (int column = 0; column < 5; ++column) {
             const QColor back = table->item(r, column)->background().color();
             EXPECT_EQ(back, table->item(heading[r], 0)->background().color()) << r << "," << column;
-            EXPECT_GT(back.lightness() - table->item(r, column)->foreground().color().lightness(), 140);
+            const QColor text = table->item(r, column)->foreground().color();
+            EXPECT_GT(back.lightness() - text.lightness(), 140);
             colours << back.rgb();
         }
     EXPECT_EQ(colours.size(), 4);
