@@ -72,19 +72,30 @@ TEST(SkyLayers, StarColoursBySpectralIndexAndSizeByMagnitude)
     }
 }
 
-TEST(SkyLayers, SiriusShinesAtItsSubPoint)
+TEST(SkyLayers, SiriusShinesAtItsSubPointAndNumbersOutsideTheTablesDrawNothing)
 {
+    QImage map = Black(1600, 800);
+    QPainter painter(&map);
+    painter.setPen(Qt::white);
+    const SkyView view{1600, 800, 3, kEquinox};
+    for (int c : {-1, 88, 1000}) {
+        DrawConstellationObjects(painter, view, c, 20);
+        DrawConstellationOutline(painter, view, c);
+        DrawConstellationLabel(painter, view, c);
+    }
+    DrawObjects(painter, view, nullptr, 20);
+    DrawOutline(painter, view, nullptr);
+    EXPECT_TRUE(Painted(map).empty());
+
+    // Sirius, J2000: 6h 45m 08.9s, -16 42' 58"; B-V 0.00, V -1.44: pale blue, size 2.
     int canisMajor = 0;
     while (strcmp(kConstellations[canisMajor].abbreviation, "CMA") != 0)
         ++canisMajor;
-    // Sirius, J2000: 6h 45m 08.9s, -16 42' 58"; B-V 0.00, V -1.44: pale blue, size 2.
     double latitude, longitude;
     SubSourcePoint(kEquinox, 6.0 + 45 / 60.0 + 8.9 / 3600, -(16 + 42 / 60.0 + 58 / 3600.0),
                    latitude, longitude);
     const QPoint sirius = LatLongToPoint(1600, 800, 3, latitude, longitude);
-    QImage map = Black(1600, 800);
-    QPainter painter(&map);
-    DrawConstellationObjects(painter, {1600, 800, 3, kEquinox}, canisMajor, 6);
+    DrawConstellationObjects(painter, view, canisMajor, 6);
     painter.end();
     EXPECT_EQ(map.pixel(sirius), qRgb(0xa0, 0xd7, 0xff));
     EXPECT_EQ(map.pixel(sirius + QPoint(2, 0)), qRgb(0xa0, 0xd7, 0xff));
@@ -148,23 +159,6 @@ TEST(SkyLayers, OutlinesSplitAtTheDateLineAndStayOpen)
                     expected.insert({x, y});
         EXPECT_EQ(Painted(map), expected) << row.vertices.size() << " vertices";
     }
-}
-
-TEST(SkyLayers, NumbersOutsideTheTablesDrawNothing)
-{
-    QImage map = Black(400, 200);
-    QPainter painter(&map);
-    painter.setPen(Qt::white);
-    const SkyView view{400, 200, 0, kEquinox};
-    for (int c : {-1, 88, 1000}) {
-        DrawConstellationObjects(painter, view, c, 20);
-        DrawConstellationOutline(painter, view, c);
-        DrawConstellationLabel(painter, view, c);
-    }
-    DrawObjects(painter, view, nullptr, 20);
-    DrawOutline(painter, view, nullptr);
-    painter.end();
-    EXPECT_TRUE(Painted(map).empty());
 }
 
 // The fast star drawing against one drawEllipse per star: every catalogue
