@@ -91,9 +91,9 @@ TEST(DrawBaseMap, GridLinesFixedToTheScreen)
         EXPECT_EQ(image.pixel(p.x, p.y), p.colour) << p.x << "," << p.y;
     // Each family has its own switch.
     DrawBaseMap(base, Striped(250, 190, 3), 0, false, true);
-    EXPECT_EQ(base.toImage().pixel(5, 95), kLand);
+    const QRgb noLatitudes = base.toImage().pixel(5, 95);
     DrawBaseMap(base, Striped(250, 190, 3), 0, true, false);
-    EXPECT_EQ(base.toImage().pixel(125, 5), kLand);
+    EXPECT_TRUE(noLatitudes == kLand && base.toImage().pixel(125, 5) == kLand);
 }
 
 TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
@@ -130,20 +130,15 @@ TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
 
 TEST(Roll, LayersFollowTheMapOffset)
 {
-    // A 1600-wide layer marked at column 100, split at 1600 - 66 * offset.
-    // Outside a day nothing is rolled.
-    const struct { int offset, expected; } rows[] = {
-        {12, 892}, // split 808: 100 + 1600 - 808
-        {23, 18},  // split 82: 100 - 82
-        {0, 100},  {-1, 100}, {40, 100},
-    };
-    for (const auto &r : rows) {
+    // A 1600-wide layer marked at column 100, split at 1600 - 66 * offset: 12 gives split 808
+    // and 100 + 1600 - 808 = 892, 23 gives 82 and 18. Outside a day nothing is rolled.
+    for (auto [offset, expected] : {std::pair{12, 892}, {23, 18}, {0, 100}, {-1, 100}, {40, 100}}) {
         QPixmap target(1600, 40);
         target.fill(Qt::blue);
         QPainter painter(&target);
-        DrawRolled(painter, Striped(1600, 40, 100), 1600, r.offset);
+        DrawRolled(painter, Striped(1600, 40, 100), 1600, offset);
         painter.end();
-        EXPECT_EQ(MarkerColumns(target.toImage()), QList<int>{r.expected}) << r.offset;
+        EXPECT_EQ(MarkerColumns(target.toImage()), QList<int>{expected}) << offset;
     }
 }
 
@@ -166,6 +161,7 @@ TEST(ScaleLabels, TextsSitOnTheirBaselinesAndColumns)
     for (int b : {10, 48, 404, 797})
         EXPECT_LT(LeftmostInk(latitude, b - up, b + down), 40) << "no text at baseline " << b;
     EXPECT_EQ(LeftmostInk(latitude, 10 + down + 1, 48 - up - 1), 40) << "stray ink";
+    EXPECT_EQ(LeftmostInk(latitude, 798, 799), 40) << "-90 sits on 797, inside the edge";
     // "  0" starts two blanks further right than "+10" (baseline 359) above it.
     EXPECT_GE(LeftmostInk(latitude, 404 - up, 404) - LeftmostInk(latitude, 359 - up, 359),
               metrics.horizontalAdvance("  ") - metrics.horizontalAdvance("+"));

@@ -72,19 +72,30 @@ TEST(SkyLayers, StarColoursBySpectralIndexAndSizeByMagnitude)
     }
 }
 
-TEST(SkyLayers, SiriusShinesAtItsSubPoint)
+TEST(SkyLayers, SiriusShinesAtItsSubPointAndNumbersOutsideTheTablesDrawNothing)
 {
+    QImage map = Black(1600, 800);
+    QPainter painter(&map);
+    painter.setPen(Qt::white);
+    const SkyView view{1600, 800, 3, kEquinox};
+    for (int c : {-1, 88, 1000}) {
+        DrawConstellationObjects(painter, view, c, 20);
+        DrawConstellationOutline(painter, view, c);
+        DrawConstellationLabel(painter, view, c);
+    }
+    DrawObjects(painter, view, nullptr, 20);
+    DrawOutline(painter, view, nullptr);
+    EXPECT_TRUE(Painted(map).empty());
+
+    // Sirius, J2000: 6h 45m 08.9s, -16 42' 58"; B-V 0.00, V -1.44: pale blue, size 2.
     int canisMajor = 0;
     while (strcmp(kConstellations[canisMajor].abbreviation, "CMA") != 0)
         ++canisMajor;
-    // Sirius, J2000: 6h 45m 08.9s, -16 42' 58"; B-V 0.00, V -1.44: pale blue, size 2.
     double latitude, longitude;
     SubSourcePoint(kEquinox, 6.0 + 45 / 60.0 + 8.9 / 3600, -(16 + 42 / 60.0 + 58 / 3600.0),
                    latitude, longitude);
     const QPoint sirius = LatLongToPoint(1600, 800, 3, latitude, longitude);
-    QImage map = Black(1600, 800);
-    QPainter painter(&map);
-    DrawConstellationObjects(painter, {1600, 800, 3, kEquinox}, canisMajor, 6);
+    DrawConstellationObjects(painter, view, canisMajor, 6);
     painter.end();
     EXPECT_EQ(map.pixel(sirius), qRgb(0xa0, 0xd7, 0xff));
     EXPECT_EQ(map.pixel(sirius + QPoint(2, 0)), qRgb(0xa0, 0xd7, 0xff));
@@ -92,27 +103,27 @@ TEST(SkyLayers, SiriusShinesAtItsSubPoint)
 
 TEST(SkyLayers, OnlyStarsClustersAndNebulaeWithinTheMagnitudeLimit)
 {
-    const struct { int type; double magnitude; int limit; int size; } rows[] = {
-        // size 0: not drawn
-        {0, 5, 20, 0},  {1, 5, 20, 1},  {2, 5, 20, 1},  {3, 5, 20, 1},  {4, 5, 20, 0},
-        {5, 5, 20, 0},  {6, 5, 20, 0},  {7, 5, 20, 1},  {8, 5, 20, 0},  {9, 5, 20, 1},
-        {10, 5, 20, 1}, {11, 5, 20, 1}, {12, 5, 20, 0}, {13, 5, 20, 0}, {-1, 5, 20, 0},
-        {1, 0.0, 0, 1}, {1, -0.5, 0, 2}, {1, 0.01, 0, 0}, {1, 6.0, 6, 1},
-    };
-    const QPoint centre(360, 180); // longitude 0.25, declination 0 on a 720 x 360 map
+    // Stars (1), multiple (2) and variable stars (3), open (7) and globular clusters (9),
+    // planetary (10) and bright nebulae (11): types -1..13 in turn.
+    const char drawn[] = "0" "0111000101110" "0";
+    for (int type = -1; type <= 13; ++type) {
+        const CatalogueObject object{1, type, 0.0, 0.0, 0.5, 5.0};
+        EXPECT_EQ(IsDrawnObject(object, 20), drawn[type + 1] == '1') << type;
+    }
+    // A limit of at least the magnitude draws it: size 2 (a 5 x 5 disc without corners) below
+    // magnitude 0, else 1 (a plus), white for B-V 0.5, centred on longitude 0.25 of a
+    // 720 x 360 map.
+    const struct { double magnitude; int limit; size_t pixels; } rows[] = {
+        {0.0, 0, 5}, {-0.5, 0, 21}, {0.01, 0, 0}, {6.0, 6, 5}};
     for (const auto &row : rows) {
-        const CatalogueObject object{1, row.type, RaAt(0.25), 0.0, 0.5, row.magnitude};
+        const CatalogueObject object{1, 1, RaAt(0.25), 0.0, 0.5, row.magnitude};
         const ObjectList list{"TST", 1, &object};
         QImage map = Black(720, 360);
         QPainter painter(&map);
         DrawObjects(painter, {720, 360, 0, kEquinox}, &list, row.limit);
         painter.end();
-        const std::set<std::pair<int, int>> painted = Painted(map);
-        const size_t pixels[] = {0, 5, 21}; // nothing, a plus, a 5 x 5 disc without corners
-        EXPECT_EQ(painted.size(), pixels[row.size]) << row.type << " " << row.magnitude;
-        if (row.size > 0) {
-            EXPECT_EQ(map.pixel(centre), qRgb(0xff, 0xff, 0xff)); // B-V 0.5
-        }
+        EXPECT_EQ(Painted(map).size(), row.pixels) << row.magnitude;
+        EXPECT_EQ(map.pixel(360, 180), row.pixels ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
     }
 }
 
@@ -148,23 +159,6 @@ TEST(SkyLayers, OutlinesSplitAtTheDateLineAndStayOpen)
                     expected.insert({x, y});
         EXPECT_EQ(Painted(map), expected) << row.vertices.size() << " vertices";
     }
-}
-
-TEST(SkyLayers, NumbersOutsideTheTablesDrawNothing)
-{
-    QImage map = Black(400, 200);
-    QPainter painter(&map);
-    painter.setPen(Qt::white);
-    const SkyView view{400, 200, 0, kEquinox};
-    for (int c : {-1, 88, 1000}) {
-        DrawConstellationObjects(painter, view, c, 20);
-        DrawConstellationOutline(painter, view, c);
-        DrawConstellationLabel(painter, view, c);
-    }
-    DrawObjects(painter, view, nullptr, 20);
-    DrawOutline(painter, view, nullptr);
-    painter.end();
-    EXPECT_TRUE(Painted(map).empty());
 }
 
 // The fast star drawing against one drawEllipse per star: every catalogue

@@ -1,5 +1,6 @@
-// The Sources table against the calculator and libnova at a fixed instant,
-// choosing a source by a click, and the user points typed in place.
+// The Sources table at a fixed instant against the calculator (which the unit
+// tests hold against libnova), choosing a source by a click, and the user
+// points typed in place.
 #include "GuiTestSupport.h"
 #include "SharedStateReset.h"
 #include "tracking/SourcesDialog.h"
@@ -11,7 +12,6 @@
 #include <gtest/gtest.h>
 #include <libnova/libnova.h>
 
-#include <cmath>
 #include <memory>
 
 namespace lunaquill {
@@ -48,7 +48,9 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
               "Neptune,Pluto,Sagittarius A,Cassiopeia A,Cygnus A,Taurus A,Virgo A,Centaurus A,"
               "Orion M42,M17,Perseus A,Aquarius,Leo,Pictor,User Az/El,User RA/Dec");
 
-    // The waxing gibbous Moon is up (light green), the Sun is not (grey).
+    // The waxing gibbous Moon is up (light green), the Sun is not (grey), nor the user's
+    // point at elevation 0: only above 0 counts.
+    EXPECT_EQ(table->item(UserAzEl, 0)->background().color(), QColor(190, 190, 190));
     for (uint32_t id : {Moon, Sun}) {
         SourceTrack r{};
         ComputeSource(id, TrackAll, *gmtime(&kInstant), 42.51, -70.96, 1296.0, r);
@@ -62,21 +64,6 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
                       id == Moon ? QColor(172, 255, 172) : QColor(190, 190, 190));
         }
     }
-    // libnova's full lunar theory with the station's diurnal parallax: the
-    // fast model is good to about 0.15 degrees, so azimuth and elevation
-    // agree within 0.25.
-    ln_lnlat_posn station{-70.96, 42.51};
-    const double jd = ln_get_julian_from_timet(const_cast<time_t *>(&kInstant));
-    ln_equ_posn j2000, geo, shift;
-    ln_get_lunar_equ_coords(jd, &j2000);
-    ln_get_equ_prec(&j2000, jd, &geo);
-    ln_get_parallax(&geo, ln_get_lunar_earth_dist(jd) / 149597870.7, &station, 0.0, jd, &shift);
-    ln_equ_posn topo{geo.ra + shift.ra, geo.dec + shift.dec};
-    ln_hrz_posn hrz;
-    ln_get_hrz_from_equ(&topo, &station, jd, &hrz);
-    EXPECT_NEAR(table->item(Moon, 1)->text().toDouble(), std::fmod(hrz.az + 180, 360), 0.25);
-    EXPECT_NEAR(table->item(Moon, 2)->text().toDouble(), hrz.alt, 0.25);
-
     // A click on a row tracks that source; without a row, -1.
     auto at = [&](int row, int column) { return table->visualItemRect(table->item(row, column)).center(); };
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, at(UserAzEl, 0));
@@ -105,7 +92,8 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
         QTest::mousePress(table->viewport(), Qt::LeftButton, {}, at(r.row, r.column));
         QTest::mouseRelease(table->viewport(), Qt::LeftButton, {}, at(r.row, r.column));
         EXPECT_EQ(*r.field, r.stored) << r.typed;
-        EXPECT_EQ(dialog->refreshTimer().remainingTime() <= 10500, r.typed != QString("7"));
+        const int remaining = dialog->refreshTimer().remainingTime();
+        EXPECT_EQ(remaining > 9500 && remaining <= 10500, r.typed != QString("7")) << remaining;
     }
     EXPECT_EQ(dxTracks[UserAzEl].azimuth, 99);
 
@@ -114,6 +102,7 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
     auto *editor = table->viewport()->findChild<QLineEdit *>();
     ASSERT_NE(editor, nullptr);
     editor->setText("77");
+    dialog->TimerEvent(); // a refresh while typing leaves the cell alone
     QTest::keyClick(editor, Qt::Key_Return);
     QApplication::processEvents(); // the edit ends through a queued call
     dialog->TimerEvent();
