@@ -77,7 +77,7 @@ TEST_F(MapViewTest, LeftClickSetsTheDxStationRightClickOnlyRefreshes)
     }
 }
 
-TEST_F(MapViewTest, HoverShowsTheReadOutAndLeavingClearsIt)
+TEST_F(MapViewTest, HoverShowsTheReadOutLeavingOrFiveSecondsClearIt)
 {
     Open(nullptr);
     Tick();
@@ -108,6 +108,14 @@ TEST_F(MapViewTest, HoverShowsTheReadOutAndLeavingClearsIt)
     Mouse(QEvent::MouseMove, MapPixel(500, 850), Qt::NoButton);
     EXPECT_FALSE(window->hoverIsVisible());
     EXPECT_TRUE(window->redrawIsRequested());
+    // Left standing, it is gone within five seconds (501 ticks; the hover
+    // counter runs from the window's start), and the redraw made.
+    Mouse(QEvent::MouseMove, MapPixel(500, 200), Qt::NoButton);
+    int ticks = 0;
+    for (; window->hoverIsVisible() && ticks < 600; ++ticks)
+        Tick();
+    EXPECT_LE(ticks, 501);
+    EXPECT_FALSE(window->redrawIsRequested());
 }
 
 TEST_F(MapViewTest, SunIconAndShadeStandAtItsSubPoint)
