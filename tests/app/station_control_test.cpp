@@ -82,17 +82,21 @@ quint16 FreePort()
     return probe.serverPort();
 }
 
-// One command to a daemon, its reply lines (blocking is fine on the test's side).
+// One command to a daemon, its reply lines (blocking is fine on the test's
+// side). Asked again when the daemon hangs up first, as rigctld sometimes
+// does with a busy machine.
 QList<QByteArray> Query(quint16 port, const char *command, int lines)
 {
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, port);
-    socket.waitForConnected(2000);
-    socket.write(QByteArray(command) + "\n");
     QList<QByteArray> reply;
-    while (reply.size() < lines && socket.waitForReadyRead(2000))
-        while (socket.canReadLine() && reply.size() < lines)
-            reply.append(socket.readLine().trimmed());
+    for (int attempt = 0; attempt < 5 && reply.isEmpty(); ++attempt) {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        socket.waitForConnected(2000);
+        socket.write(QByteArray(command) + "\n");
+        while (reply.size() < lines && socket.waitForReadyRead(2000))
+            while (socket.canReadLine() && reply.size() < lines)
+                reply.append(socket.readLine().trimmed());
+    }
     return reply;
 }
 
