@@ -90,18 +90,13 @@ TEST(TimeConfig, TextsItemsAndOpeningOnTheDisplayedInstantAsUtc)
     EXPECT_EQ(dialog.size(), QSize(440, 247));
     EXPECT_TRUE(dialog.isModal());
     EXPECT_EQ(ui->buttonBox->standardButtons(), QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    // Box by box: count, first item, item i, last item.
-    const struct { int count, i; const char *first, *atI, *last; } items[] = {
-        {12, 8, "January", "September", "December"}, {31, 8, "1", "9", "31"},
-        {48, 25, "2000", "2025", "2047"},             {24, 7, "00", "07", "23"},
-        {60, 5, "00", "05", "59"},                    {60, 9, "00", "09", "59"},
-    };
-    for (int b = 0; b < 6; ++b) {
-        const QComboBox *box = Boxes(dialog)[b];
-        ASSERT_EQ(box->count(), items[b].count) << b;
-        EXPECT_EQ(box->itemText(0) + box->itemText(items[b].i) + box->itemText(items[b].count - 1),
-                  QString(items[b].first) + items[b].atI + items[b].last);
-    }
+    // Box by box: count, first item, last item.
+    QStringList items;
+    for (const QComboBox *box : Boxes(dialog))
+        items << QString("%1 %2-%3").arg(box->count()).arg(box->itemText(0),
+                                                            box->itemText(box->count() - 1));
+    EXPECT_EQ(items.join(", "),
+              "12 January-December, 31 1-31, 48 2000-2047, 24 00-23, 60 00-59, 60 00-59");
 
     // Displayed: 1740747909 = Fri 28 Feb 2025 13:05:09 UTC (`date -u -d @...`),
     // 18:35:09 in Kolkata: the boxes and the date fields must hold UTC.
