@@ -76,11 +76,14 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         ComputeSource(Moon, TrackPosition, utc, s.latitude, s.longitude, 144.1, moon);
         ComputeSource(Moon, TrackAll, utc, s.latitude, s.longitude, 144.1, moon);
         ASSERT_GT(std::abs(moon.elevation), 2.0) << "choose an instant away from moonrise";
-        const QString expected = QStringList{
-            s.location, s.call, s.grid, QString::asprintf("%0.2f|%0.2f", moon.azimuth, moon.elevation),
-            Date(moon.riseTime), Date(moon.setTime),
-            QString::asprintf("%0.1f Hz|%0.1f", moon.doppler, moon.spatialOffset)}.join('|');
-        const QColor background = moon.elevation > 0 ? QColor(172, 255, 172) : QColor(190, 190, 190);
+        const QString expected =
+            QStringList{s.location, s.call, s.grid,
+                        QString::asprintf("%0.2f|%0.2f", moon.azimuth, moon.elevation),
+                        Date(moon.riseTime), Date(moon.setTime),
+                        QString::asprintf("%0.1f Hz|%0.1f", moon.doppler, moon.spatialOffset)}
+                .join('|');
+        const QColor background = moon.elevation > 0 ? QColor(172, 255, 172)
+                                                     : QColor(190, 190, 190);
         QStringList cells;
         for (int column = 0; column < 9; ++column) {
             QTableWidgetItem *item = table->item(row, column);
@@ -101,7 +104,8 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
 
 TEST_F(FavoritesDialogTest, AClickSetsTheDxStationAndOkChecksItsGrid)
 {
-    const struct { int row; const char *call, *grid; double latitude, longitude; int set; } rows[] = {
+    const struct { int row; const char *call, *grid; double latitude, longitude; int set; }
+        rows[] = {
         {0, "Q1ABC", "FN42", 42.5208333, -70.9583333, 1},
         {2, "Q3BAD", "MOON", 0.0, 0.0, 0}, // blank row: still copied, but no DX station
     };
@@ -140,8 +144,8 @@ TEST_F(FavoritesDialogTest, TableAndRefreshAsTheListAndTheClockAllow)
         EXPECT_EQ(dialog.count(), c.count) << c.file;
         ASSERT_EQ(dialog.widgets() != nullptr, c.rows >= 0) << c.file;
         EXPECT_EQ(c.rows < 0 ? -1 : dialog.widgets()->tableWidget->rowCount(), c.rows);
-        EXPECT_EQ(dialog.refreshTimer().isActive() ? dialog.refreshTimer().interval() : 0, c.interval)
-            << c.file << " " << c.offset;
+        const QTimer &timer = dialog.refreshTimer();
+        EXPECT_EQ(timer.isActive() ? timer.interval() : 0, c.interval) << c.file << " " << c.offset;
     }
     // Ahead of now the table follows a step of the clock within 100 ms.
     auto dialog = std::make_unique<FavoritesDialog>("Eme144M.txt", true);
