@@ -21,7 +21,8 @@ TEST_F(FrequencyDialogTest, ShowsTypesAndKeepsTheChangeOnCancel)
     homeData.frequency = 1296.0;
     FrequencyDialog dialog;
     Ui::FrequencyDialog *ui = dialog.widgets();
-    EXPECT_EQ(dialog.windowTitle() + "|" + ui->FrequencyLabel->text() + "|" + ui->FrequencyEdit->text(),
+    EXPECT_EQ(dialog.windowTitle() + "|" + ui->FrequencyLabel->text() + "|" +
+                  ui->FrequencyEdit->text(),
               "Home Station|Frequency|1296.00"); // the title as built
     EXPECT_EQ(dialog.size(), QSize(352, 116));
     // The leading number, as C's atof reads it in the C locale; none gives 0,
