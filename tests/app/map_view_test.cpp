@@ -139,7 +139,8 @@ TEST_F(MapViewTest, SunIconAndShadeStandAtItsSubPoint)
     // Map pixel trunc((-1.00 + 180) / 0.225) = 795, trunc((90 - 23.44) / 0.225) = 295:
     // the middle of the yellow Sun icon, over the sand of the Sahara.
     const QColor centre = window->screenOverlayPixmap().toImage().pixelColor(795, 295);
-    EXPECT_TRUE(centre.red() > 200 && centre.green() > 150 && centre.blue() < 120) << centre.name().toStdString();
+    EXPECT_TRUE(centre.red() > 200 && centre.green() > 150 && centre.blue() < 120)
+        << centre.name().toStdString();
     const QColor sand = window->baseMapPixmap().toImage().pixelColor(795, 295);
     EXPECT_GT(sand.red(), sand.blue());
     // Its shade: day beneath it, night at the antipode (-23.44, 179.0).
