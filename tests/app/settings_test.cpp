@@ -187,8 +187,8 @@ TEST(Settings, HomeFilesLoadBoundedValuesAndRoundTrip)
         EXPECT_TRUE(overlays.MapOffset >= 0 && overlays.MapOffset < 24) << overlays.MapOffset;
 
         QMap<QString, QString> others = IniEntries(SettingsPath(file.c_str()));
-        others.removeIf([](auto entry) { return !entry.key().contains(QRegularExpression(
-                                                    "^(OVERLAYS/|OtherProgram/|HOME_DATA/Antenna)")); });
+        const QRegularExpression kept("^(OVERLAYS/|OtherProgram/|HOME_DATA/Antenna)");
+        others.removeIf([&kept](auto entry) { return !entry.key().contains(kept); });
         CopyField(home.callsign, "N0SAVE");
         SaveHomeData(file.c_str(), home);
         LoadHomeData(file.c_str(), home);
