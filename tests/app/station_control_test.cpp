@@ -34,8 +34,9 @@ TEST(StationControlDecisions, RotatorLimitsDopplerHoldsAndRigCommands)
     EXPECT_TRUE(RotatorDue(north, {0.1, 20.0}, 1000));
 
     // 1296 MHz, own echo +3000 Hz, DX -1000 Hz: constant on the Moon f +- 1500 Hz.
-    EXPECT_EQ(DopplerFrequencies(DopplerConstantOnMoon, 1296.0, 3000, -1000, true, false)->transmitHz,
-              1295998500);
+    EXPECT_EQ(
+        DopplerFrequencies(DopplerConstantOnMoon, 1296.0, 3000, -1000, true, false)->transmitHz,
+        1295998500);
     EXPECT_FALSE(DopplerFrequencies(DopplerOwnEcho, 1296.0, 3000, -1000, false, true));
     EXPECT_FALSE(DopplerFrequencies(DopplerOwnEcho, NAN, 3000, -1000, true, true));
     EXPECT_FALSE(DopplerFrequencies(7, 1296.0, 3000, -1000, true, true));
@@ -71,8 +72,10 @@ TEST(StationControlSettingsFile, BadValuesReadAsDefaultsAndSavingKeepsOtherKeys)
     chosen.rigHost = "radio.local";
     SaveStationControl(kSettingsFileName, chosen);
     QSettings file(IniPath(), QSettings::IniFormat);
-    EXPECT_EQ(file.value("HOME_DATA/Grid").toString() + file.value("STATION_CONTROL/UnknownKey").toString()
-                  + file.value("STATION_CONTROL/RigHost").toString(), "FN42mm7radio.local");
+    EXPECT_EQ(file.value("HOME_DATA/Grid").toString() +
+                  file.value("STATION_CONTROL/UnknownKey").toString() +
+                  file.value("STATION_CONTROL/RigHost").toString(),
+              "FN42mm7radio.local");
 }
 
 quint16 FreePort()
