@@ -56,7 +56,8 @@ TEST_F(TimeControlsTest, StepButtonsMoveTheClockAndMarkTheActiveStep)
         EXPECT_EQ(window->step(), row.step);
         EXPECT_EQ(homeTracks[Moon].valid, 1); // the sources follow at once
         for (const Row &other : rows)
-            EXPECT_EQ(Style(other.button), other.button == row.button ? kDarkBlueStyle : kGrayStyle);
+            EXPECT_EQ(Style(other.button),
+                      other.button == row.button ? kDarkBlueStyle : kGrayStyle);
     }
 }
 
@@ -182,8 +183,9 @@ TEST_F(TimeControlsTest, DateDialogSetsTheClockInUtcOnOkOnly)
     EXPECT_TRUE(ui->DateTimeButton->text().startsWith("Sun Jun  1 00:00:0"));
 
     const int32_t offset = displayOffset;
-    WhenOpen<TimeConfigDialog>([](TimeConfigDialog &d) { d.widgets()->YearComboBox->setCurrentIndex(40); },
-                               QDialogButtonBox::Cancel);
+    WhenOpen<TimeConfigDialog>(
+        [](TimeConfigDialog &d) { d.widgets()->YearComboBox->setCurrentIndex(40); },
+        QDialogButtonBox::Cancel);
     QTest::mouseClick(ui->SetDateTimeButton, Qt::LeftButton);
     EXPECT_EQ(displayOffset, offset);
 }
