@@ -4,6 +4,9 @@
 #include "GuiTestSupport.h"
 #include "SharedStateReset.h"
 #include "app/MainWindow.h"
+#include "app/PanelStyles.h"
+#include "tracking/ComputeSource.h"
+#include "tracking/SharedState.h"
 #include "ui_MainWindow.h"
 
 #include <QApplication>
@@ -11,9 +14,11 @@
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 #include <initializer_list>
 #include <memory>
