@@ -2,16 +2,10 @@
 // texts and colours, counters, the layout on resize, the slots' order, and
 // what is (not) saved.
 #include "AppTestSupport.h"
-#include "app/PanelStyles.h"
-#include "tracking/ComputeSource.h"
-#include "tracking/SharedState.h"
 
 #include <QLineEdit>
 #include <QMetaMethod>
-#include <QTest>
 #include <libnova/libnova.h>
-
-#include <cmath>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
