@@ -1,7 +1,6 @@
 // The world map in the window: clicks and hovering, what each layer shows
 // and where, and a window without its images.
 #include "AppTestSupport.h"
-#include "tracking/SharedState.h"
 
 #include <QDir>
 #include <QTemporaryDir>
