@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QMessageBox>
-#include <QTest>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
