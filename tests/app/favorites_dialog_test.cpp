@@ -4,10 +4,7 @@
 #include "app/FavoritesDialog.h"
 #include "ui_FavoritesDialog.h"
 
-#include <QTest>
 #include <libnova/julian_day.h>
-
-#include <cmath>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
