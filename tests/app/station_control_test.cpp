@@ -13,9 +13,6 @@
 #include <QSettings>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTest>
-
-#include <cmath>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
