@@ -2,18 +2,14 @@
 // their styles, play mode, back to now, the offset's limits, and the date
 // dialog through Ok.
 #include "AppTestSupport.h"
-#include "app/PanelStyles.h"
 #include "app/TimeConfigDialog.h"
 #include "tracking/EmeFigures.h"
-#include "tracking/SharedState.h"
 #include "ui_TimeConfigDialog.h"
 
 #include <QComboBox>
-#include <QTest>
 #include <libnova/libnova.h>
 
 #include <climits>
-#include <cmath>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
