@@ -6,8 +6,6 @@
 #include "ui_OverlaysDialog.h"
 #include "ui_SourcesDialog.h"
 
-#include <QTest>
-
 using namespace lunaquill;
 using namespace lunaquill::test;
 
@@ -70,11 +68,7 @@ TEST_F(MenuDialogsTest, OverlaysCancelKeepsTheSwitchesInMemoryOkSavesThem)
     ASSERT_EQ(rolled.width(), 1600);
     for (int x : {0, 81, 82, 700, 1599})
         EXPECT_EQ(rolled.pixel((x + 1518) % 1600, 300), unrolled.pixel(x, 300)) << x;
-    // The chart view: no map, and the map takes no clicks.
-    EXPECT_TRUE(ui->WorldMap->isHidden() && ui->StarChart1->isVisible());
-    QTest::mouseClick(window.get(), Qt::LeftButton, {},
-                      ui->centralWidget->geometry().topLeft() + QPoint(500, 200));
-    EXPECT_EQ(dxStation.grid[0], '\0');
+    EXPECT_TRUE(ui->WorldMap->isHidden() && ui->StarChart1->isVisible()); // the chart view
 }
 
 TEST_F(MenuDialogsTest, ChosenSourceDrivesThePanelsAndOnlyOkSavesIt)
@@ -94,17 +88,6 @@ TEST_F(MenuDialogsTest, ChosenSourceDrivesThePanelsAndOnlyOkSavesIt)
     ui->actionSources->trigger();
     EXPECT_EQ(homeData.trackingSource, 4);
     EXPECT_TRUE(ReadIni().contains("TrackingSource=1"));
-
-    // Opened and closed again and again, no dialog is left behind (and in
-    // the sanitizer build nothing leaks).
-    const int windows = QApplication::topLevelWidgets().size();
-    for (int i = 0; i < 5; ++i) {
-        WhenOpen<OverlaysDialog>([](OverlaysDialog &) {}, QDialogButtonBox::Cancel);
-        ui->actionOverlays->trigger();
-        WhenOpen<SourcesDialog>([](SourcesDialog &) {}, QDialogButtonBox::Cancel);
-        ui->actionSources->trigger();
-    }
-    EXPECT_EQ(QApplication::topLevelWidgets().size(), windows);
 }
 
 } // namespace
