@@ -54,38 +54,19 @@ protected:
     }
 };
 
-TEST_F(MainWindowTest, TitleSizeAndSlotOrder)
+TEST_F(MainWindowTest, TitleSizeAndSlotsReachedByName)
 {
     Open();
     EXPECT_EQ(window->windowTitle(), "Q9QQ Lunaquill v1.05 Feb 28, 2025");
     EXPECT_EQ(window->minimumSize(), QSize(1640, 960));
+    // 61 slots; those the charts reach through the meta-object by these signatures.
     const QMetaObject *meta = window->metaObject();
-    QStringList names;
-    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
-        EXPECT_EQ(meta->method(i).methodType(), QMetaMethod::Slot) << i;
-        names << meta->method(i).methodSignature();
-    }
-    EXPECT_EQ(names.join(' ').toStdString(),
-              "About() UpdateDisplay() HomeStation() SourcesDisplay() DxStation() "
-              "Favorites(QString) Eme50M() Eme144M() Eme432M() Eme900M() Eme1296M() Eme2304M() "
-              "Eme3400M() Eme5760M() Eme10G() Eme47G() EmeFavorites() SetOverlays() "
-              "SourceButtonPressed() SetDxStation() SetFrequency() SetDateTime() GmtTimeOffset() "
-              "DateTimeButtonPressed() TimeAdjustPlayButtonPressed() ViewModeButtonPressed() "
-              "TimeAdjusted() TimeAdjustMinPButtonPressed() TimeAdjustHourPButtonPressed() "
-              "TimeAdjustDayPButtonPressed() TimeAdjustWeekPButtonPressed() "
-              "TimeAdjustMinMButtonPressed() TimeAdjustHourMButtonPressed() "
-              "TimeAdjustDayMButtonPressed() TimeAdjustWeekMButtonPressed() RecalculateSources() "
-              "StarAttributes(double,double,QColor&,int&) LatLongToPoint(double,double,QPoint&) "
-              "AzAltToDial(QRect,double,double) MapPixelToDialPixel(QPoint,int,int,int&,int&) "
-              "worldToSpherical(int,int,int,double&,double&) cart2pol(int,int,double&,double&) "
-              "pol2cart(double,double,int&,int&) mousePressEvent(QMouseEvent*) "
-              "mouseMoveEvent(QMouseEvent*) resizeEvent(QResizeEvent*) LoadPixmaps() "
-              "CreateShadeOverlay(QPixmap&,double,double,double) "
-              "CreateSkyOverlay(QPixmap&,QPixmap,int) CreateScreenOverlay() DrawMapOverlay() "
-              "DrawOverlay(QPainter&,QPixmap) DrawMap() DrawLatitudeLabels() DrawLongitudeLabels() "
-              "DrawMapConstellation(QPainter&,int) DrawMapStars(QPainter&,int) DrawStarChart1() "
-              "DrawStarChart2() DrawFavorites(QPainter&,QString) TimerEvent()");
-    // Reachable through the meta-object, as the charts use them.
+    EXPECT_EQ(meta->methodCount() - meta->methodOffset(), 61);
+    for (const char *slot : {"AzAltToDial(QRect,double,double)", "cart2pol(int,int,double&,double&)",
+                             "MapPixelToDialPixel(QPoint,int,int,int&,int&)",
+                             "worldToSpherical(int,int,int,double&,double&)",
+                             "pol2cart(double,double,int&,int&)", "TimerEvent()"})
+        EXPECT_GE(meta->indexOfSlot(slot), meta->methodOffset()) << slot;
     double radius = -1, angle = -1;
     ASSERT_TRUE(QMetaObject::invokeMethod(window.get(), "cart2pol", Q_ARG(int, 0), Q_ARG(int, 5),
                                           Q_ARG(double &, radius), Q_ARG(double &, angle)));
