@@ -62,7 +62,8 @@ TEST_F(MainWindowTest, TitleSizeAndSlotsReachedByName)
     // 61 slots; those the charts reach through the meta-object by these signatures.
     const QMetaObject *meta = window->metaObject();
     EXPECT_EQ(meta->methodCount() - meta->methodOffset(), 61);
-    for (const char *slot : {"AzAltToDial(QRect,double,double)", "cart2pol(int,int,double&,double&)",
+    for (const char *slot : {"AzAltToDial(QRect,double,double)",
+                             "cart2pol(int,int,double&,double&)",
                              "MapPixelToDialPixel(QPoint,int,int,int&,int&)",
                              "worldToSpherical(int,int,int,double&,double&)",
                              "pol2cart(double,double,int&,int&)", "TimerEvent()"})
