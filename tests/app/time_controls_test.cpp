@@ -59,6 +59,7 @@ TEST_F(TimeControlsTest, StepButtonsMoveTheClockAndMarkTheActiveStep)
 
 TEST_F(TimeControlsTest, PlayAddsTheStepOnceASecondAndTheClockFollowsTheMap)
 {
+    Tick(50); // the play counter, unlike the panels', is not reset by the step below
     QTest::mouseClick(ui->TimeAdjustWeekPButton, Qt::LeftButton);
     QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
     EXPECT_TRUE(window->isPlaying());
@@ -84,14 +85,20 @@ TEST_F(TimeControlsTest, PlayAddsTheStepOnceASecondAndTheClockFollowsTheMap)
         EXPECT_NEAR(std::remainder(longitude - cygnus.subLongitude, 360.0), 0.0, 0.01) << step;
     }
 
+    // A step button changes the step at once, and play goes on with it.
+    QTest::mouseClick(ui->TimeAdjustDayMButton, Qt::LeftButton);
+    Tick(101);
+    const int32_t played = 4 * 604800 - 2 * 86400;
+    EXPECT_EQ(displayOffset, played);
+
     // Play off: grey again, the step kept, the offset stands still.
     QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
     EXPECT_FALSE(window->isPlaying());
-    EXPECT_EQ(Style(ui->TimeAdjustPlayButton) + Style(ui->TimeAdjustWeekPButton),
+    EXPECT_EQ(Style(ui->TimeAdjustPlayButton) + Style(ui->TimeAdjustDayMButton),
               std::string(kGrayStyle) + kGrayStyle);
-    EXPECT_EQ(window->step(), 604800);
+    EXPECT_EQ(window->step(), -86400);
     Tick(202);
-    EXPECT_EQ(displayOffset, 4 * 604800);
+    EXPECT_EQ(displayOffset, played);
 }
 
 TEST_F(TimeControlsTest, AfterADayStepTheNextTickShowsTheNewDaysFigures)
