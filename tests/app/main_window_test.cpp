@@ -1,5 +1,5 @@
 // The main window driven for real: the display cycle's ticks, the panel
-// texts and colours, counters, the layout on resize, the slots' order, and
+// texts and colours, counters, the layout on resize, the slots, and
 // what is (not) saved.
 #include "AppTestSupport.h"
 
