@@ -32,11 +32,9 @@ struct tm Fields(int weekday, int month0, int day, int hour, int minute, int sec
 template <typename Body>
 void WithinOneSecond(Body body)
 {
-    for (int attempt = 0; attempt < 5; ++attempt) {
-        time_t before = time(nullptr);
+    for (time_t before = 0; before != time(nullptr);) {
+        before = time(nullptr);
         body();
-        if (time(nullptr) == before)
-            return;
     }
 }
 
@@ -44,8 +42,7 @@ void WithinOneSecond(Body body)
 struct ScopedTimeZone {
     explicit ScopedTimeZone(const char *zone) : had(getenv("TZ")), old(had ? getenv("TZ") : "")
     {
-        const char *dir = getenv("TZDIR");
-        installed = QFile::exists(QString(dir ? dir : "/usr/share/zoneinfo") + "/" + zone);
+        installed = QFile::exists(QString("/usr/share/zoneinfo/") + zone);
         if (installed)
             setenv("TZ", zone, 1), tzset();
     }
@@ -64,53 +61,42 @@ std::vector<QComboBox *> Boxes(const TimeConfigDialog &dialog)
 
 } // namespace
 
-TEST(ClockText, OneAndTwoDigitDays)
+TEST(ClockText, DaysInThreePlacesAndFieldsOutOfRangeInsideTheBuffer)
 {
-    // Weekdays checked with `date -u -d`.
-    EXPECT_STREQ(ClockText(Fields(0, 5, 1, 0, 0, 0, 2025)), "Sun Jun  1 00:00:00 2025");
-    EXPECT_STREQ(ClockText(Fields(4, 8, 9, 7, 8, 9, 1999)), "Thu Sep  9 07:08:09 1999");
-    EXPECT_STREQ(ClockText(Fields(5, 1, 28, 13, 5, 9, 2025)), "Fri Feb 28 13:05:09 2025");
-}
-
-TEST(ClockText, OutOfRangeFieldsStayInsideTheBuffer)
-{
-    // Weekday and month outside their tables must not be looked up.
-    EXPECT_STREQ(ClockText(Fields(7, 12, 1, 0, 0, 0, 2025)), "??? ???  1 00:00:00 2025");
-    EXPECT_STREQ(ClockText(Fields(-1, -1, 1, 0, 0, 0, 2025)), "??? ???  1 00:00:00 2025");
-
+    // Weekdays checked with `date -u -d`; a weekday or month outside its table
+    // is not looked up.
+    const struct { struct tm fields; const char *text; } rows[] = {
+        {Fields(0, 5, 1, 0, 0, 0, 2025), "Sun Jun  1 00:00:00 2025"},
+        {Fields(4, 8, 9, 7, 8, 9, 1999), "Thu Sep  9 07:08:09 1999"},
+        {Fields(5, 1, 28, 13, 5, 9, 2025), "Fri Feb 28 13:05:09 2025"},
+        {Fields(7, 12, 1, 0, 0, 0, 2025), "??? ???  1 00:00:00 2025"},
+        {Fields(-1, -1, 1, 0, 0, 0, 2025), "??? ???  1 00:00:00 2025"},
+    };
     struct tm extreme = Fields(INT_MIN, INT_MAX, INT_MIN, INT_MAX, INT_MIN, INT_MAX, 0);
     extreme.tm_year = INT_MAX; // 2147483647 + 1900 must not overflow
     const std::string text = ClockText(extreme);
     EXPECT_LT(text.size(), 80u);
     EXPECT_NE(text.find("2147485547"), std::string::npos) << text;
-
-    // The shared buffer is cleared: a shorter text leaves nothing behind.
-    EXPECT_STREQ(ClockText(Fields(0, 5, 1, 0, 0, 0, 2025)), "Sun Jun  1 00:00:00 2025");
+    for (const auto &row : rows) // the shared buffer is cleared between uses
+        EXPECT_STREQ(ClockText(row.fields), row.text);
 }
 
 TEST(TimeConfig, TextsItemsAndOpeningOnTheDisplayedInstantAsUtc)
 {
     TimeConfigDialog dialog;
     Ui::TimeConfigDialog *ui = dialog.widgets();
-    EXPECT_EQ(dialog.windowTitle(), "Time and Date Configuration");
+    EXPECT_EQ(dialog.windowTitle() + ui->DateLabel->text() + ui->TimeLabel->text(),
+              "Time and Date ConfigurationDateTime");
     EXPECT_EQ(dialog.size(), QSize(440, 247));
     EXPECT_TRUE(dialog.isModal());
-    EXPECT_EQ(ui->DateLabel->text(), "Date");
-    EXPECT_EQ(ui->TimeLabel->text(), "Time");
     EXPECT_EQ(ui->buttonBox->standardButtons(), QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    // Box by box: count, first item, item i, last item.
-    const struct { int count, i; const char *first, *atI, *last; } items[] = {
-        {12, 8, "January", "September", "December"}, {31, 8, "1", "9", "31"},
-        {48, 25, "2000", "2025", "2047"},             {24, 7, "00", "07", "23"},
-        {60, 5, "00", "05", "59"},                    {60, 9, "00", "09", "59"},
-    };
-    for (int b = 0; b < 6; ++b) {
-        const QComboBox *box = Boxes(dialog)[b];
-        ASSERT_EQ(box->count(), items[b].count) << box->objectName().toStdString();
-        EXPECT_EQ(box->itemText(0), items[b].first);
-        EXPECT_EQ(box->itemText(items[b].i), items[b].atI);
-        EXPECT_EQ(box->itemText(items[b].count - 1), items[b].last);
-    }
+    // Box by box: count, first item, last item.
+    QStringList items;
+    for (const QComboBox *box : Boxes(dialog))
+        items << QString("%1 %2-%3").arg(box->count()).arg(box->itemText(0),
+                                                            box->itemText(box->count() - 1));
+    EXPECT_EQ(items.join(", "),
+              "12 January-December, 31 1-31, 48 2000-2047, 24 00-23, 60 00-59, 60 00-59");
 
     // Displayed: 1740747909 = Fri 28 Feb 2025 13:05:09 UTC (`date -u -d @...`),
     // 18:35:09 in Kolkata: the boxes and the date fields must hold UTC.
@@ -131,34 +117,23 @@ TEST(TimeConfig, TextsItemsAndOpeningOnTheDisplayedInstantAsUtc)
 // offset as the main window does: the clock shows the fields as UTC.
 TEST(TimeConfig, EnteredDateShowsAsUtcInEveryZone)
 {
-    // Standard offsets of today; -1 where the zone's rules make "standard"
-    // ambiguous (Morocco's negative daylight saving).
+    // Standard offsets of today; Apia's was -11 until the end of 2011.
     const struct { const char *zone; int32_t standardOffset; } zones[] = {
-        {"UTC", 0},
-        {"Europe/Berlin", 3600},      // CET, CEST in June
-        {"America/New_York", -18000}, // EST, EDT in June
-        {"Asia/Kolkata", 19800},      // half an hour
-        {"Pacific/Auckland", 43200},  // NZDT in January
-        // Zones whose standard offset changed: -4:30 until 2016, +0 until
-        // 2018 (+1 since), -11 until the end of 2011 (+13 since).
-        {"America/Caracas", -14400}, {"Africa/Casablanca", -1}, {"Pacific/Apia", 46800},
+        {"America/New_York", -18000}, {"Asia/Kolkata", 19800}, {"Pacific/Auckland", 43200},
+        {"Pacific/Apia", 46800},
     };
-    // Box indices (month, day, year, hours, minutes, seconds), then the clock
-    // (weekdays from `date -u -d`).
+    // Box indices (month, day, year, hours, minutes, seconds), then the clock.
     const struct { int index[6]; const char *clock; } entries[] = {
         {{5, 0, 25, 0, 0, 0}, "Sun Jun  1 00:00:00 2025"},     // daylight saving in the north
         {{0, 14, 26, 6, 30, 0}, "Thu Jan 15 06:30:00 2026"},   // daylight saving in the south
         {{1, 30, 25, 12, 34, 56}, "Mon Mar  3 12:34:56 2025"}, // 31 February runs into March
-        {{0, 14, 10, 6, 30, 0}, "Fri Jan 15 06:30:00 2010"},   // before the changes
-        {{6, 3, 11, 23, 59, 59}, "Mon Jul  4 23:59:59 2011"},
+        {{6, 3, 10, 23, 59, 59}, "Sun Jul  4 23:59:59 2010"},  // before the changes
     };
-    for (const auto &zoneRow : zones)
-        if (!ScopedTimeZone(zoneRow.zone).installed)
-            GTEST_SKIP() << zoneRow.zone << " is not installed (package tzdata)";
     for (const auto &zoneRow : zones) {
         ScopedTimeZone zone(zoneRow.zone);
-        if (zoneRow.standardOffset != -1)
-            EXPECT_EQ(LocalStandardTimeOffset(), zoneRow.standardOffset) << zoneRow.zone;
+        if (!zone.installed)
+            GTEST_SKIP() << zoneRow.zone << " is not installed (package tzdata)";
+        EXPECT_EQ(LocalStandardTimeOffset(), zoneRow.standardOffset) << zoneRow.zone;
         for (const auto &entry : entries) {
             TimeConfigDialog dialog;
             for (int b = 0; b < 6; ++b)

@@ -1,89 +1,40 @@
 // The main window driven for real: the display cycle's ticks, the panel
-// texts against the calculator's figures, colours, counters, the layout on
-// resize, the slots' order, and what is (not) saved.
-#include "app/MainWindow.h"
-#include "app/PanelStyles.h"
-#include "ui_MainWindow.h"
+// texts and colours, counters, the layout on resize, the slots, and
+// what is (not) saved.
+#include "AppTestSupport.h"
 
-#include "GuiTestSupport.h"
-#include "SharedStateReset.h"
-#include "tracking/ComputeSource.h"
-#include "tracking/SharedState.h"
-
-#include <QApplication>
-#include <QDialogButtonBox>
-#include <QFile>
-#include <QFileInfo>
 #include <QLineEdit>
 #include <QMetaMethod>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
-#include <gtest/gtest.h>
 #include <libnova/libnova.h>
 
-#include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <functional>
-#include <memory>
-#include <string>
-
 using namespace lunaquill;
+using namespace lunaquill::test;
 
 namespace {
 
 std::string Format(const char *format, double value)
 {
-    char text[64];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
+    return QString::asprintf(format, value).toStdString();
 }
 
 std::string RiseSet(const char *prefix, double jd)
 {
     ln_date d;
     ln_get_date(jd, &d);
-    char text[64];
-    std::snprintf(text, sizeof text, "%s%02d-%02d %02d:%02d", prefix, d.months, d.days, d.hours,
-                  d.minutes);
-    return text;
-}
-
-std::string Text(QAbstractButton *button) { return button->text().toStdString(); }
-
-void WriteIni(const char *text)
-{
-    QFile file(test::SettingsFolder() + "Lunaquill.ini");
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
+    return QString::asprintf("%s%02d-%02d %02d:%02d", prefix, d.months, d.days, d.hours, d.minutes)
+        .toStdString();
 }
 
 const char *kBostonIni = "[HOME_DATA]\nCallsign=Q1ABC\nGrid=FN42mm\nLocation=Boston\n"
                          "TrackingSource=0\nLatitude=42.51\nLongitude=-70.96\nFrequency=1296\n";
 
-class MainWindowTest : public testing::Test
+class MainWindowTest : public WindowTest
 {
 protected:
-    void SetUp() override
-    {
-        test::ResetSharedState();
-    }
-
     void Open(const char *ini = kBostonIni)
     {
-        if (ini)
-            WriteIni(ini);
-        window = std::make_unique<MainWindow>();
-        ui = window->widgets();
-        // The constructor's first tick rebuilds the overlays; take it.
-        window->TimerEvent();
-    }
-
-    void Tick(int count)
-    {
-        for (int i = 0; i < count; ++i)
-            window->TimerEvent();
+        WindowTest::Open(ini, false);
+        Tick(); // the constructor's stale overlays are rebuilt by the first tick
     }
 
     // Ticks until the next ordinary panel refresh, at a displayed instant
@@ -92,78 +43,31 @@ protected:
     void RefreshAtSecond(int second)
     {
         for (int attempt = 0; attempt < 20; ++attempt) {
-            time_t now = time(nullptr);
-            displayOffset = (int32_t)(3 * 86400 + ((second - now % 60) + 60) % 60);
+            displayOffset = (int32_t)(3 * 86400 + ((second - time(nullptr) % 60) + 60) % 60);
             ui->DateTimeButton->setText("");
             for (int n = 0; n < 200 && ui->DateTimeButton->text().isEmpty(); ++n)
-                window->TimerEvent();
+                Tick();
             if (ui->DateTimeButton->text().mid(17, 2).toInt() == second)
                 return;
         }
         FAIL() << "could not refresh at second " << second;
     }
-
-    // A displayed instant at which the predicate holds for the Moon, seen
-    // from the home station, searched hour by hour.
-    void FindOffset(const std::function<bool(const SourceTrack &, const SourceTrack &)> &wanted)
-    {
-        for (int hours = 0; hours < 24 * 60; ++hours) {
-            time_t t = time(nullptr) + hours * 3600 + 1800;
-            struct tm utc;
-            gmtime_r(&t, &utc);
-            SourceTrack home{}, dx{};
-            ComputeSource(Moon, TrackPosition, utc, homeData.latitude, homeData.longitude, 1296, home);
-            ComputeSource(Moon, TrackPosition, utc, dxStation.latitude, dxStation.longitude, 1296, dx);
-            if (wanted(home, dx)) {
-                displayOffset = hours * 3600 + 1800;
-                return;
-            }
-        }
-        FAIL() << "no such instant within 60 days";
-    }
-
-    std::unique_ptr<MainWindow> window;
-    Ui::MainWindow *ui = nullptr;
 };
 
-TEST_F(MainWindowTest, TitleSizeAndSlotOrder)
+TEST_F(MainWindowTest, TitleSizeAndSlotsReachedByName)
 {
     Open();
     EXPECT_EQ(window->windowTitle(), "Q9QQ Lunaquill v1.05 Feb 28, 2025");
     EXPECT_EQ(window->minimumSize(), QSize(1640, 960));
-
-    const char *const expectedSlots[61] = {
-        "About()", "UpdateDisplay()", "HomeStation()", "SourcesDisplay()", "DxStation()",
-        "Favorites(QString)", "Eme50M()", "Eme144M()", "Eme432M()", "Eme900M()", "Eme1296M()",
-        "Eme2304M()", "Eme3400M()", "Eme5760M()", "Eme10G()", "Eme47G()", "EmeFavorites()",
-        "SetOverlays()", "SourceButtonPressed()", "SetDxStation()", "SetFrequency()",
-        "SetDateTime()", "GmtTimeOffset()", "DateTimeButtonPressed()",
-        "TimeAdjustPlayButtonPressed()", "ViewModeButtonPressed()", "TimeAdjusted()",
-        "TimeAdjustMinPButtonPressed()", "TimeAdjustHourPButtonPressed()",
-        "TimeAdjustDayPButtonPressed()", "TimeAdjustWeekPButtonPressed()",
-        "TimeAdjustMinMButtonPressed()", "TimeAdjustHourMButtonPressed()",
-        "TimeAdjustDayMButtonPressed()", "TimeAdjustWeekMButtonPressed()",
-        "RecalculateSources()", "StarAttributes(double,double,QColor&,int&)",
-        "LatLongToPoint(double,double,QPoint&)", "AzAltToDial(QRect,double,double)",
-        "MapPixelToDialPixel(QPoint,int,int,int&,int&)",
-        "worldToSpherical(int,int,int,double&,double&)", "cart2pol(int,int,double&,double&)",
-        "pol2cart(double,double,int&,int&)", "mousePressEvent(QMouseEvent*)",
-        "mouseMoveEvent(QMouseEvent*)", "resizeEvent(QResizeEvent*)", "LoadPixmaps()",
-        "CreateShadeOverlay(QPixmap&,double,double,double)",
-        "CreateSkyOverlay(QPixmap&,QPixmap,int)", "CreateScreenOverlay()", "DrawMapOverlay()",
-        "DrawOverlay(QPainter&,QPixmap)", "DrawMap()", "DrawLatitudeLabels()",
-        "DrawLongitudeLabels()", "DrawMapConstellation(QPainter&,int)",
-        "DrawMapStars(QPainter&,int)", "DrawStarChart1()", "DrawStarChart2()",
-        "DrawFavorites(QPainter&,QString)", "TimerEvent()",
-    };
+    // 61 slots; those the charts reach through the meta-object by these signatures.
     const QMetaObject *meta = window->metaObject();
-    ASSERT_EQ(meta->methodCount() - meta->methodOffset(), 61);
-    for (int i = 0; i < 61; ++i) {
-        QMetaMethod method = meta->method(meta->methodOffset() + i);
-        EXPECT_EQ(method.methodSignature().toStdString(), expectedSlots[i]) << i;
-        EXPECT_EQ(method.methodType(), QMetaMethod::Slot);
-    }
-    // The slots are reachable through the meta-object, as the charts use them.
+    EXPECT_EQ(meta->methodCount() - meta->methodOffset(), 61);
+    for (const char *slot : {"AzAltToDial(QRect,double,double)",
+                             "cart2pol(int,int,double&,double&)",
+                             "MapPixelToDialPixel(QPoint,int,int,int&,int&)",
+                             "worldToSpherical(int,int,int,double&,double&)",
+                             "pol2cart(double,double,int&,int&)", "TimerEvent()"})
+        EXPECT_GE(meta->indexOfSlot(slot), meta->methodOffset()) << slot;
     double radius = -1, angle = -1;
     ASSERT_TRUE(QMetaObject::invokeMethod(window.get(), "cart2pol", Q_ARG(int, 0), Q_ARG(int, 5),
                                           Q_ARG(double &, radius), Q_ARG(double &, angle)));
@@ -174,66 +78,63 @@ TEST_F(MainWindowTest, TitleSizeAndSlotOrder)
 TEST_F(MainWindowTest, PanelsRefreshEvery101TicksWithTheCalculatorsFigures)
 {
     Open();
-    window->requestForceRefresh();
-    window->TimerEvent(); // refresh now, counter to 0
-    ui->HomeAzimuth->setText("stale");
-    Tick(100);
-    EXPECT_EQ(Text(ui->HomeAzimuth), "stale"); // 100 ticks: 1000 ms, not yet
-
-    for (;;) {
-        struct tm before = DisplayedUtc();
-        window->TimerEvent(); // the 101st
-        struct tm after = DisplayedUtc();
-        if (before.tm_sec != after.tm_sec || after.tm_sec == 0) {
-            Tick(100);
-            continue;
-        }
-        // The same figures, computed here for the same instant.
-        SourceTrack expected = homeTracks[Moon];
-        ComputeSource(Moon, TrackPosition | TrackDistance, after, 42.51, -70.96, 1296.0, expected);
-        EXPECT_EQ(Text(ui->HomeAzimuth), Format("%7.2f", expected.azimuth));
-        EXPECT_EQ(Text(ui->HomeElevation), Format("%7.2f", expected.elevation));
-        EXPECT_EQ(Text(ui->HomeSpatialOffset), Format("%0.1f", expected.spatialOffset));
-        EXPECT_EQ(Text(ui->HomeSkyTemp), Format("%0.1f", expected.skyTemperature));
-        EXPECT_EQ(Text(ui->HomeDegradation), Format("%0.1f", expected.degradation));
-        EXPECT_EQ(Text(ui->PathLoss), Format("%0.1f", expected.pathLossVsPerigee));
-        EXPECT_EQ(Text(ui->Distance), Format("%6.0f km", expected.distance * 1.5e8));
-        EXPECT_EQ(Text(ui->HomeDoppler), Format("%7.0f Hz", expected.doppler));
-        EXPECT_EQ(Text(ui->SetFrequencyButton), "1296.00 Mhz");
-        EXPECT_EQ(Text(ui->HomeGrid), "FN42mm");
-        EXPECT_EQ(Text(ui->HomeCallsign), "Q1ABC");
-        EXPECT_EQ(Text(ui->HomeLatitude), "42.51");
-        EXPECT_EQ(Text(ui->SourceButton), "MOON");
-        char clock[64];
-        strftime(clock, sizeof clock, "%a %b %e %H:%M:%S %Y", &after);
-        EXPECT_EQ(Text(ui->DateTimeButton), clock);
-        break;
-    }
+    time_t before;
+    struct tm after;
+    do { // again if the second changed during the 101st tick, or is 00
+        Refresh(); // the counter starts from 0
+        ui->HomeAzimuth->setText("stale");
+        Tick(100);
+        ASSERT_EQ(Text(ui->HomeAzimuth), "stale"); // 100 ticks: 1000 ms, not yet
+        before = DisplayedTime();
+        Tick(); // the 101st
+        after = DisplayedUtc();
+    } while (timegm(&after) != before || after.tm_sec == 0);
+    // The same figures, computed here for the same instant and station.
+    SourceTrack e = homeTracks[Moon];
+    ComputeSource(Moon, TrackPosition | TrackDistance, after, 42.51, -70.96, 1296.0, e);
+    EXPECT_EQ(Texts({ui->HomeAzimuth, ui->HomeElevation, ui->HomeSpatialOffset, ui->HomeSkyTemp,
+                     ui->HomeDegradation, ui->PathLoss, ui->Distance, ui->HomeDoppler}),
+              QString::asprintf("%7.2f|%7.2f|%0.1f|%0.1f|%0.1f|%0.1f|%6.0f km|%7.0f Hz", e.azimuth,
+                                e.elevation, e.spatialOffset, e.skyTemperature, e.degradation,
+                                e.pathLossVsPerigee, e.distance * 1.5e8, e.doppler).toStdString());
+    EXPECT_EQ(Texts({ui->SetFrequencyButton, ui->HomeGrid, ui->HomeCallsign, ui->SourceButton,
+                     ui->HomeLatitude, ui->HomeLongitude}),
+              "1296.00 Mhz|FN42mm|Q1ABC|MOON|42.51|-70.96");
+    char clock[64];
+    strftime(clock, sizeof clock, "%a %b %e %H:%M:%S %Y", &after);
+    EXPECT_EQ(Text(ui->DateTimeButton), clock);
 }
 
-TEST_F(MainWindowTest, StationThatSeesTheMoonIsGreenOtherwiseRed)
+// The user's azimuth and elevation are shown as given, so the colour rule
+// meets its edges: azimuth exactly 0 counts as not seen, as built.
+TEST_F(MainWindowTest, GreenOnlyAboveTheHorizonAndEastOfNorthAtBothStations)
 {
-    Open();
-    FindOffset([](const SourceTrack &h, const SourceTrack &) { return h.elevation > 5 && h.azimuth > 0; });
-    window->requestForceRefresh();
-    window->TimerEvent();
-    EXPECT_EQ(homeSeesSource, 1);
-    for (QWidget *w : {ui->HomeAzimuth, ui->HomeElevation, ui->HomeDoppler, ui->HomeSpatialOffset,
-                       ui->HomeSkyTemp, ui->HomeDegradation})
-        EXPECT_EQ(w->styleSheet().toStdString(), kDarkGreenStyle);
-    EXPECT_NE(Text(ui->HomeDoppler), "      0 Hz");
-
-    FindOffset([](const SourceTrack &h, const SourceTrack &) { return h.elevation < -5; });
-    window->requestForceRefresh();
-    window->TimerEvent();
-    EXPECT_EQ(homeSeesSource, 0);
-    for (QWidget *w : {ui->HomeAzimuth, ui->HomeElevation, ui->HomeDoppler, ui->HomeSpatialOffset,
-                       ui->HomeSkyTemp, ui->HomeDegradation})
-        EXPECT_EQ(w->styleSheet().toStdString(), kDarkRedStyle);
-    // Below the horizon the Doppler is cleared to 0; with a home station the
-    // field shows that figure.
-    EXPECT_EQ(Text(ui->HomeDoppler), "      0 Hz");
-    EXPECT_EQ(Text(ui->DxDoppler), " "); // no DX station
+    Open("[HOME_DATA]\nGrid=FN42mm\nTrackingSource=22\n");
+    CopyField(dxStation.grid, "QF56oc");
+    window->UpdateDisplay();
+    const struct { double homeAz, homeEl, dxAz, dxEl; bool homeSees, dxSees; } rows[] = {
+        {0.0, 30.0, 0.01, 30.0, false, true}, {180.0, 0.0, 359.0, 0.01, false, true},
+        {0.01, 0.01, 90.0, -0.01, true, false}, {250.0, 45.0, 10.0, 80.0, true, true},
+    };
+    for (const auto &row : rows) {
+        homeTracks[UserAzEl].azimuth = row.homeAz, homeTracks[UserAzEl].elevation = row.homeEl;
+        dxTracks[UserAzEl].azimuth = row.dxAz, dxTracks[UserAzEl].elevation = row.dxEl;
+        Refresh();
+        SCOPED_TRACE(row.homeAz);
+        EXPECT_EQ(homeSeesSource, row.homeSees);
+        EXPECT_EQ(dxSeesSource, row.dxSees);
+        EXPECT_EQ(Text(ui->HomeAzimuth) + Text(ui->DxElevation),
+                  Format("%7.2f", row.homeAz) + Format("%7.2f", row.dxEl));
+        for (QWidget *w : {ui->HomeAzimuth, ui->HomeElevation, ui->HomeDoppler,
+                           ui->HomeSpatialOffset, ui->HomeSkyTemp, ui->HomeDegradation})
+            EXPECT_EQ(Style(w), row.homeSees ? kDarkGreenStyle : kDarkRedStyle);
+        for (QWidget *w : {ui->DxAzimuth, ui->DxElevation, ui->DxDoppler, ui->DxSpatialOffset,
+                           ui->DxSkyTemp, ui->DxDegradation})
+            EXPECT_EQ(Style(w), row.dxSees ? kDarkGreenStyle : kDarkRedStyle);
+        const bool both = row.homeSees && row.dxSees;
+        EXPECT_EQ(Style(ui->MutualDoppler), both ? kDarkGreenStyle : kDarkRedStyle);
+        EXPECT_EQ(Text(ui->MutualDoppler), both ? "      0 Hz" : " ");
+    }
 }
 
 TEST_F(MainWindowTest, MutualDopplerNeedsBothStationsAndKeepsAStaleDx)
@@ -245,40 +146,49 @@ TEST_F(MainWindowTest, MutualDopplerNeedsBothStationsAndKeepsAStaleDx)
     dxStation.longitude = 151.2;
     window->UpdateDisplay();
     ASSERT_EQ(dxStationSet, 1);
-
-    FindOffset([](const SourceTrack &h, const SourceTrack &d) {
-        return h.elevation > 3 && d.elevation > 3 && h.azimuth > 0 && d.azimuth > 0;
-    });
-    window->requestForceRefresh();
-    window->TimerEvent();
-    ASSERT_EQ(homeSeesSource, 1);
-    ASSERT_EQ(dxSeesSource, 1);
-    EXPECT_EQ(Text(ui->MutualDoppler),
-              Format("%7.0f Hz", (homeTracks[Moon].doppler + dxTracks[Moon].doppler) * 0.5));
-    EXPECT_EQ(ui->MutualDoppler->styleSheet().toStdString(), kDarkGreenStyle);
-    EXPECT_EQ(Text(ui->DxDoppler), Format("%7.0f Hz", dxTracks[Moon].doppler));
+    for (int hours = 0; hours < 24 * 60 && homeSeesSource + dxSeesSource < 2; ++hours) {
+        displayOffset = hours * 3600; // until the Moon is up at both
+        Refresh();
+    }
+    ASSERT_EQ(homeSeesSource + dxSeesSource, 2);
+    const double home = homeTracks[Moon].doppler, dx = dxTracks[Moon].doppler;
+    EXPECT_EQ(Text(ui->HomeDoppler), Format("%7.0f Hz", home));
+    EXPECT_EQ(Text(ui->DxDoppler), Format("%7.0f Hz", dx));
+    EXPECT_EQ(Text(ui->MutualDoppler), Format("%7.0f Hz", (home + dx) * 0.5));
 
     // The DX grid unset: the last DX Doppler still forms the mutual figure.
-    const double staleDx = dxTracks[Moon].doppler;
     dxStation.grid[0] = '\0';
     window->UpdateDisplay();
     EXPECT_EQ(dxStationSet, 0);
-    window->requestForceRefresh();
-    window->TimerEvent();
+    Refresh();
     EXPECT_EQ(Text(ui->DxDoppler), " ");
-    EXPECT_EQ(Text(ui->MutualDoppler), Format("%7.0f Hz", (homeTracks[Moon].doppler + staleDx) * 0.5));
-
-    // Only one sees it: no mutual figure.
-    CopyField(dxStation.grid, "QF56oc");
-    window->UpdateDisplay();
-    FindOffset([](const SourceTrack &h, const SourceTrack &d) { return h.elevation > 3 && d.elevation < -3; });
-    window->requestForceRefresh();
-    window->TimerEvent();
-    EXPECT_EQ(Text(ui->MutualDoppler), " ");
-    EXPECT_EQ(ui->MutualDoppler->styleSheet().toStdString(), kDarkRedStyle);
+    EXPECT_EQ(Text(ui->MutualDoppler), Format("%7.0f Hz", (homeTracks[Moon].doppler + dx) * 0.5));
 }
 
-TEST_F(MainWindowTest, RiseSetAndDistanceRefreshAtSecondZeroOnly)
+TEST_F(MainWindowTest, WithoutStationsThePanelsShowTheOriginAndNoDx)
+{
+    // No file: the default grid at 0, 0 (figures there must be finite). An
+    // empty grid: no home station, yet the same figures; no Doppler, no DX.
+    // A grid emptied later leaves the home station set, as built.
+    for (const char *ini : {(const char *)nullptr, "[HOME_DATA]\nGrid=\n"}) {
+        ResetSharedState();
+        Open(ini);
+        for (int pass = 0; pass < 2; ++pass) {
+            Refresh();
+            const SourceTrack &moon = homeTracks[Moon];
+            EXPECT_EQ(homeStationSet, ini ? 0 : 1);
+            EXPECT_TRUE(std::isfinite(moon.elevation) && std::isfinite(moon.spatialOffset));
+            EXPECT_EQ(Texts({ui->HomeGrid, ui->HomeAzimuth, ui->HomeDoppler}),
+                      (ini ? "|" : "JJ00aa|") + Format("%7.2f|", moon.azimuth) +
+                          (ini ? " " : Format("%7.0f Hz", moon.doppler)));
+            homeData.grid[0] = '\0';
+            window->UpdateDisplay();
+        }
+        EXPECT_EQ(Texts({ui->DxAzimuth, ui->DxRiseTime, ui->DxDoppler}), "|Rise| ");
+    }
+}
+
+TEST_F(MainWindowTest, RiseSetAndDistanceAtSecondZeroOrAfterTheSourceButton)
 {
     // The Sun: its distance, like rise and set, waits for second 00.
     Open("[HOME_DATA]\nGrid=FN42mm\nTrackingSource=1\nLatitude=42.51\nLongitude=-70.96\n");
@@ -286,114 +196,71 @@ TEST_F(MainWindowTest, RiseSetAndDistanceRefreshAtSecondZeroOnly)
     ui->HomeRiseTime->setText("r");
     ui->Distance->setText("d");
     RefreshAtSecond(31);
-    EXPECT_EQ(Text(ui->HomeRiseTime), "r");
-    EXPECT_EQ(Text(ui->Distance), "d");
+    EXPECT_EQ(Texts({ui->HomeRiseTime, ui->Distance}), "r|d");
     RefreshAtSecond(0);
-    EXPECT_EQ(Text(ui->HomeRiseTime), RiseSet("Rise: ", homeTracks[Sun].riseTime));
-    EXPECT_EQ(Text(ui->HomeSetTime), RiseSet("Set: ", homeTracks[Sun].setTime));
-    EXPECT_EQ(Text(ui->Distance), Format("%9.6f AU", homeTracks[Sun].distance));
+    EXPECT_EQ(Texts({ui->HomeRiseTime, ui->HomeSetTime, ui->Distance}),
+              RiseSet("Rise: ", homeTracks[Sun].riseTime) + "|" +
+                  RiseSet("Set: ", homeTracks[Sun].setTime) + "|" +
+                  Format("%9.6f AU", homeTracks[Sun].distance));
     EXPECT_NEAR(homeTracks[Sun].distance, 1.0, 0.02);
-    EXPECT_EQ(Text(ui->SourceButton), "SUN");
 
     // The Moon's distance refreshes every second.
     homeData.trackingSource = Moon;
     ui->Distance->setText("d");
     RefreshAtSecond(17);
     EXPECT_EQ(Text(ui->Distance), Format("%6.0f km", homeTracks[Moon].distance * 1.5e8));
-}
 
-TEST_F(MainWindowTest, SourceButtonAsksForEveryFigure)
-{
-    Open();
-    // The source button (its dialog cancelled) asks for every
-    // figure at the next ordinary refresh, whatever the second.
-    RefreshAtSecond(40);
+    // The source button, even cancelled, asks for every figure once.
     ui->HomeRiseTime->setText("r");
-    QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
+    WhenOpen([](QDialog &d) { d.close(); });
     window->SourceButtonPressed();
     RefreshAtSecond(41);
     EXPECT_EQ(Text(ui->HomeRiseTime), RiseSet("Rise: ", homeTracks[Moon].riseTime));
-    RefreshAtSecond(42);
     ui->HomeRiseTime->setText("r");
     RefreshAtSecond(43);
-    EXPECT_EQ(Text(ui->HomeRiseTime), "r"); // the flag was cleared
+    EXPECT_EQ(Text(ui->HomeRiseTime), "r");
 }
 
-TEST_F(MainWindowTest, HoverExpiresAfterFiveSecondsAndOverlaysEveryMinute)
+TEST_F(MainWindowTest, OverlaysRebuildEveryMinuteByThemselves)
 {
     Open();
-    window->resize(1640, 960);
-    // Over the map: the read-out appears.
-    const QPoint onMap = ui->WorldMap->geometry().center() + ui->centralWidget->geometry().topLeft();
-    QMouseEvent move(QEvent::MouseMove, onMap, onMap, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(window.get(), &move);
-    ASSERT_TRUE(window->hoverIsVisible());
-    EXPECT_EQ(strlen(window->hoverLocator()), 6u);
-
-    // The hover counter runs from the window's start; at most 501 ticks on
-    // the read-out is gone and a redraw was made.
-    int ticks = 0;
-    while (window->hoverIsVisible() && ticks < 600) {
-        window->TimerEvent();
-        ++ticks;
-    }
-    EXPECT_LE(ticks, 501);
-    EXPECT_FALSE(window->hoverIsVisible());
-    EXPECT_FALSE(window->redrawIsRequested());
-
     // Overlays rebuild by themselves on the 6001st tick after the last.
-    window->TimeAdjusted();
-    window->DateTimeButtonPressed(); // marks nothing stale: counter keeps running
-    Tick(1); // a stale flag from the constructor is long consumed
-    qint64 key = 0;
-    int rebuilt = 0;
-    for (int i = 0; i < 12500; ++i) {
-        window->TimerEvent();
+    int sinceRebuild = -1, rebuilds = 0;
+    qint64 key = window->screenOverlayPixmap().cacheKey();
+    for (int i = 0; i < 12500 && rebuilds < 2; ++i) {
+        Tick();
+        ++sinceRebuild;
         if (window->screenOverlayPixmap().cacheKey() != key) {
-            if (key != 0)
-                ++rebuilt;
             key = window->screenOverlayPixmap().cacheKey();
-            if (rebuilt == 1)
-                i = 0;
-            else if (rebuilt == 2) {
-                EXPECT_EQ(i, 6001); // 6001 ticks after the last rebuild
-                break;
+            if (++rebuilds == 2) {
+                EXPECT_EQ(sinceRebuild, 6001);
             }
+            sinceRebuild = 0;
         }
     }
-    EXPECT_EQ(rebuilt, 2);
+    EXPECT_EQ(rebuilds, 2);
 }
 
 TEST_F(MainWindowTest, ResizeSpreadsThePanelsAndFollowsTheMapWidth)
 {
     Open();
     window->show();
-    window->resize(1640, 960);
-    QApplication::processEvents();
-    QFrame *frames[] = {ui->Rect1Frame, ui->Rect2Frame, ui->Rect3Frame, ui->Rect4Frame};
-    auto checkGaps = [&](int width) {
+    for (int width : {1640, 1920}) {
+        window->resize(width, 1080);
+        QApplication::processEvents();
+        ASSERT_EQ(window->width(), width);
+        QFrame *frames[] = {ui->Rect1Frame, ui->Rect2Frame, ui->Rect3Frame, ui->Rect4Frame};
         int total = 0;
         for (QFrame *f : frames)
             total += f->width();
         const int gap = (width - total) / 5;
-        int x = gap;
-        for (QFrame *f : frames) {
-            EXPECT_EQ(f->x(), x) << f->objectName().toStdString();
-            x += f->width() + gap;
-        }
-    };
-    checkGaps(window->width());
-    EXPECT_EQ(ui->WorldMap->geometry(), QRect(20, 0, window->width() - 40, 800));
-    EXPECT_EQ(window->skyColumn(), (int)((window->width() - 40) / 1600.0 * 376.0));
-
-    window->resize(1920, 1080);
-    QApplication::processEvents();
-    ASSERT_EQ(window->width(), 1920);
-    checkGaps(1920);
-    EXPECT_EQ(ui->WorldMap->width(), 1880);
-    EXPECT_EQ(ui->LatitudeFrameR->geometry(), QRect(1899, 0, 20, 800));
+        for (int i = 0, x = gap; i < 4; x += frames[i++]->width() + gap)
+            EXPECT_EQ(frames[i]->x(), x) << i;
+        EXPECT_EQ(ui->WorldMap->geometry(), QRect(20, 0, width - 40, 800));
+        EXPECT_EQ(ui->LatitudeFrameR->geometry(), QRect(width - 21, 0, 20, 800));
+        EXPECT_EQ(window->baseMapPixmap().size(), QSize(width - 40, 800));
+    }
     EXPECT_EQ(window->skyColumn(), 441); // trunc(1880 / 1600 * 376)
-    EXPECT_EQ(window->baseMapPixmap().size(), QSize(1880, 800));
 
     // The same size again only asks for a repaint.
     const QRect before = ui->Rect2Frame->geometry();
@@ -401,19 +268,6 @@ TEST_F(MainWindowTest, ResizeSpreadsThePanelsAndFollowsTheMapWidth)
     QApplication::sendEvent(window.get(), &same);
     EXPECT_TRUE(window->redrawIsRequested());
     EXPECT_EQ(ui->Rect2Frame->geometry(), before);
-}
-
-TEST_F(MainWindowTest, FirstRunOnTheEquatorShowsFiniteFigures)
-{
-    // No settings file: the default grid at latitude and longitude 0.
-    Open(nullptr);
-    window->requestForceRefresh();
-    window->TimerEvent();
-    EXPECT_EQ(Text(ui->HomeGrid), "JJ00aa");
-    for (QAbstractButton *figure : {ui->HomeAzimuth, ui->HomeElevation, ui->HomeSpatialOffset})
-        EXPECT_EQ(figure->text().indexOf("nan"), -1) << Text(figure);
-    EXPECT_TRUE(std::isfinite(homeTracks[Moon].elevation));
-    EXPECT_TRUE(std::isfinite(homeTracks[Moon].spatialOffset));
 }
 
 // The Sun in a station's sky from libnova (its Sun is referred to J2000, so
@@ -443,17 +297,14 @@ TEST_F(MainWindowTest, AcceptedStationDialogsRecomputeEverySource)
     const struct { bool home; const char *grid; double latitude, longitude; } rows[] = {
         {true, "QF56od", -33.8542, 151.2083}, {false, "JO62qm", 52.5208, 13.375}};
     for (const auto &row : rows) {
-        QTimer::singleShot(0, [&row] {
-            QWidget *dialog = QApplication::activeModalWidget();
-            ASSERT_NE(dialog, nullptr);
-            auto *grid = dialog->findChild<QLineEdit *>("GridEdit");
+        WhenOpen([&row](QDialog &dialog) {
+            auto *grid = dialog.findChild<QLineEdit *>("GridEdit");
             grid->setText(row.grid);
             QTest::keyClick(grid, Qt::Key_Return);
             if (row.home) // the home dialog converts only on Grid Convert
-                QTest::mouseClick(dialog->findChild<QPushButton *>("GridConvertButton"),
+                QTest::mouseClick(dialog.findChild<QPushButton *>("GridConvertButton"),
                                   Qt::LeftButton);
-            dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
-        });
+        }, QDialogButtonBox::Ok);
         if (row.home)
             ui->actionHomeStation->trigger();
         else
@@ -473,21 +324,15 @@ TEST_F(MainWindowTest, AcceptedStationDialogsRecomputeEverySource)
 
 TEST_F(MainWindowTest, NothingIsSavedAtExit)
 {
-    Open();
-    const QString path = test::SettingsFolder() + "Lunaquill.ini";
-    const QByteArray before = [&] { QFile f(path); f.open(QIODevice::ReadOnly); return f.readAll(); }();
-    homeData.frequency = 144.0;
-    overlaySettings.StarChartOverlay = true;
-    window.reset();
-    QFile after(path);
-    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
-    EXPECT_EQ(after.readAll(), before);
-
-    // Without a file, none is made.
-    test::ClearTestHome();
-    Open(nullptr);
-    window.reset();
-    EXPECT_FALSE(QFileInfo::exists(test::SettingsFolder() + "Lunaquill.ini"));
+    for (const char *ini : {kBostonIni, (const char *)nullptr}) { // without a file none is made
+        ResetSharedState();
+        Open(ini);
+        homeData.frequency = 144.0;
+        overlaySettings.StarChartOverlay = true;
+        window.reset();
+        EXPECT_EQ(ReadIni(), QByteArray(ini));
+        EXPECT_EQ(QFile::exists(IniPath()), ini != nullptr);
+    }
 }
 
 } // namespace
