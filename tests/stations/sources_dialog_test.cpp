@@ -38,16 +38,6 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
     }
     dialog->show();
     QTableWidget *table = dialog->widgets()->SourcesTable;
-    QStringList texts = {dialog->windowTitle()};
-    for (int c = 0; c < table->columnCount(); ++c)
-        texts << table->horizontalHeaderItem(c)->text();
-    for (int r = 0; r < table->rowCount(); ++r)
-        texts << table->item(r, 0)->text();
-    EXPECT_EQ(texts.join(","), "Sources Configuration,Source,Azimuth,Elevation,RA,Declination,"
-              "Distance,Phase,Rise Time,Set Time,Moon,Sun,Mercury,Venus,Mars,Jupiter,Saturn,Uranus,"
-              "Neptune,Pluto,Sagittarius A,Cassiopeia A,Cygnus A,Taurus A,Virgo A,Centaurus A,"
-              "Orion M42,M17,Perseus A,Aquarius,Leo,Pictor,User Az/El,User RA/Dec");
-
     // The waxing gibbous Moon is up (light green), the Sun is not (grey), nor the user's
     // point at elevation 0: only above 0 counts.
     EXPECT_EQ(table->item(UserAzEl, 0)->background().color(), QColor(190, 190, 190));
@@ -65,15 +55,17 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
         }
     }
     // A click on a row tracks that source; without a row, -1.
-    auto at = [&](int row, int column) { return table->visualItemRect(table->item(row, column)).center(); };
+    auto at = [&](int row, int column) {
+        return table->visualItemRect(table->item(row, column)).center();
+    };
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, at(UserAzEl, 0));
     EXPECT_EQ(homeData.trackingSource, 22);
     dialog->SourceChanged(nullptr);
     EXPECT_EQ(homeData.trackingSource, -1);
 
-    // A press on a user cell reads it like atof and restarts the 10 s
-    // refresh (a coarse timer: within 5 %); a press elsewhere leaves the
-    // timer alone. The DX records are never written.
+    // A press on a user cell reads it like atof and restarts the 10 s refresh (a coarse timer:
+    // within 5 %); a press on another cell, of a user row or not, leaves the timer alone. The
+    // DX records are never written.
     dxTracks[UserAzEl].azimuth = 99;
     struct Row { int row, column; const char *typed; double *field; double stored; };
     const Row rows[] = {
