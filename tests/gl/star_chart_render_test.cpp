@@ -129,7 +129,8 @@ TEST(StarChartWindow, ChartsFollowTheStationsAndTheRendererTheWindow)
     // off: the overlay is the plain map, smooth over the ocean.
     homeData.grid[0] = '\0';
     homeStationSet = 0;
-    homeData.latitude = 23.0, homeData.longitude = 10.0;
+    homeData.latitude = 23.0;
+    homeData.longitude = 10.0;
     overlaySettings = {};
     window->resize(1640, 960);
     window->show();
