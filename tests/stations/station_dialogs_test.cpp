@@ -17,7 +17,6 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
 #include <stdexcept>
 #include <string>

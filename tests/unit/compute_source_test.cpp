@@ -2,7 +2,6 @@
 // re-runs, the user points, unknown ids, request bits and bad input.
 #include "tracking/ComputeSource.h"
 #include "tracking/EmeFigures.h"
-#include "tracking/LunarCache.h"
 #include "UtcTime.h"
 
 #include <gtest/gtest.h>
