@@ -4,6 +4,7 @@
 #include "render/Projection.h"
 #include "render/SkyLayers.h"
 #include "tracking/EmeFigures.h"
+#include "tests/unit/UtcTime.h"
 
 #include <QImage>
 #include <QPainter>
@@ -19,17 +20,7 @@ using namespace lunaquill;
 
 namespace {
 
-struct tm Utc(int year, int month, int day, int hour)
-{
-    struct tm utc = {};
-    utc.tm_year = year - 1900;
-    utc.tm_mon = month - 1;
-    utc.tm_mday = day;
-    utc.tm_hour = hour;
-    return utc;
-}
-
-const struct tm kEquinox = Utc(2024, 3, 20, 12);
+const struct tm kEquinox = Utc(1710936000); // 2024-03-20 12:00 UTC
 
 // The right ascension (hours) whose sub-point lies at this longitude.
 double RaAt(double longitude)
@@ -39,9 +30,9 @@ double RaAt(double longitude)
     return std::fmod((longitude - atZero) / 15.0 + 48.0, 24.0);
 }
 
-QImage Black(int width, int height, QImage::Format format = QImage::Format_RGB32)
+QImage Black(int width, int height)
 {
-    QImage image(width, height, format);
+    QImage image(width, height, QImage::Format_RGB32);
     image.fill(Qt::black);
     return image;
 }
@@ -54,22 +45,6 @@ std::set<std::pair<int, int>> Painted(const QImage &image)
             if (image.pixel(x, y) != qRgb(0, 0, 0))
                 painted.insert({x, y});
     return painted;
-}
-
-TEST(SkyLayers, StarColoursBySpectralIndexAndSizeByMagnitude)
-{
-    const struct { double magnitude, colourIndex; QRgb colour; int size; } rows[] = {
-        {-0.01, -0.17, 0xa09eff, 2}, {0.0, -0.16, 0xa0d7ff, 1}, {1.0, 0.15, 0xd7e8ff, 1},
-        {2.0, 0.45, 0xffffff, 1},    {3.0, 0.68, 0xffffdc, 1},  {4.0, 1.15, 0xffe6aa, 1},
-        {5.0, 1.59, 0xffe6aa, 1},    {6.0, 1.6, 0xffd7b1, 1},   {-1.44, 0.0, 0xa0d7ff, 2},
-    };
-    for (const auto &row : rows) {
-        QColor colour;
-        int size = 0;
-        StarStyle(row.magnitude, row.colourIndex, colour, size);
-        EXPECT_EQ(colour, QColor(QRgb(row.colour))) << row.colourIndex;
-        EXPECT_EQ(size, row.size) << row.magnitude;
-    }
 }
 
 TEST(SkyLayers, SiriusShinesAtItsSubPointAndNumbersOutsideTheTablesDrawNothing)
@@ -101,29 +76,39 @@ TEST(SkyLayers, SiriusShinesAtItsSubPointAndNumbersOutsideTheTablesDrawNothing)
     EXPECT_EQ(map.pixel(sirius + QPoint(2, 0)), qRgb(0xa0, 0xd7, 0xff));
 }
 
-TEST(SkyLayers, OnlyStarsClustersAndNebulaeWithinTheMagnitudeLimit)
+TEST(SkyLayers, ColourByIndexSizeByMagnitudeWithinTheLimit)
 {
     // Stars (1), multiple (2) and variable stars (3), open (7) and globular clusters (9),
-    // planetary (10) and bright nebulae (11): types -1..13 in turn.
+    // planetary (10) and bright nebulae (11) are drawn: types -1..13 in turn.
     const char drawn[] = "0" "0111000101110" "0";
     for (int type = -1; type <= 13; ++type) {
         const CatalogueObject object{1, type, 0.0, 0.0, 0.5, 5.0};
         EXPECT_EQ(IsDrawnObject(object, 20), drawn[type + 1] == '1') << type;
     }
-    // A limit of at least the magnitude draws it: size 2 (a 5 x 5 disc without corners) below
-    // magnitude 0, else 1 (a plus), white for B-V 0.5, centred on longitude 0.25 of a
-    // 720 x 360 map.
-    const struct { double magnitude; int limit; size_t pixels; } rows[] = {
-        {0.0, 0, 5}, {-0.5, 0, 21}, {0.01, 0, 0}, {6.0, 6, 5}};
+    // One star at longitude 0.25 of a 720 x 360 map, drawn when the limit is at least its
+    // magnitude: a 5 x 5 disc without corners (21 pixels) below magnitude 0, else a plus (5),
+    // in the colour of the first step whose bound lies above its B-V.
+    const struct { double magnitude, colourIndex; int limit; QRgb colour; size_t pixels; }
+        rows[] = {
+            {-0.01, -0.17, 0, 0xa09eff, 21}, {0.0, -0.16, 0, 0xa0d7ff, 5},
+            {1.0, 0.15, 1, 0xd7e8ff, 5},     {2.0, 0.45, 6, 0xffffff, 5},
+            {3.0, 0.68, 3, 0xffffdc, 5},     {4.0, 1.15, 4, 0xffe6aa, 5},
+            {6.0, 1.6, 6, 0xffd7b1, 5},      {0.01, 0.5, 0, 0xffffff, 0},
+        };
     for (const auto &row : rows) {
-        const CatalogueObject object{1, 1, RaAt(0.25), 0.0, 0.5, row.magnitude};
+        const CatalogueObject object{1, 1, RaAt(0.25), 0.0, row.colourIndex, row.magnitude};
         const ObjectList list{"TST", 1, &object};
         QImage map = Black(720, 360);
         QPainter painter(&map);
         DrawObjects(painter, {720, 360, 0, kEquinox}, &list, row.limit);
         painter.end();
         EXPECT_EQ(Painted(map).size(), row.pixels) << row.magnitude;
-        EXPECT_EQ(map.pixel(360, 180), row.pixels ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
+        EXPECT_EQ(map.pixel(360, 180), qRgb(0, 0, 0) | (row.pixels ? row.colour : 0));
+        QColor colour; // the program's own slot, by the same rules
+        int size = 0;
+        StarStyle(row.magnitude, row.colourIndex, colour, size);
+        EXPECT_EQ(colour, QColor(QRgb(row.colour))) << row.colourIndex;
+        EXPECT_EQ(size, row.pixels == 21 ? 2 : 1) << row.magnitude;
     }
 }
 
@@ -166,12 +151,12 @@ TEST(SkyLayers, OutlinesSplitAtTheDateLineAndStayOpen)
 // edges, other opacities and formats.
 TEST(SkyLayers, FastStarsMatchQtEllipsesPixelForPixel)
 {
-    const struct { int width, height, offset; struct tm utc; double opacity; QImage::Format format; }
+    const struct { int width, height, offset; time_t utc; double opacity; QImage::Format format; }
         rows[] = {
-            {1600, 800, 0, kEquinox, 0.5, QImage::Format_RGB32},
-            {360, 180, 5, Utc(2025, 7, 4, 3), 0.5, QImage::Format_RGB32},
-            {1000, 500, 13, Utc(2030, 12, 31, 23), 0.3, QImage::Format_ARGB32_Premultiplied},
-            {200, 100, 23, Utc(2024, 1, 1, 0), 1.0, QImage::Format_RGB32},
+            {1600, 800, 0, 1710936000, 0.5, QImage::Format_RGB32},
+            {360, 180, 5, 1751598000, 0.5, QImage::Format_RGB32},  // dense: discs overlap
+            {1000, 500, 13, 1924988400, 0.3, QImage::Format_ARGB32_Premultiplied},
+            {200, 100, 23, 1704067200, 1.0, QImage::Format_RGB32},
         };
     for (const auto &row : rows) {
         QImage fast(row.width, row.height, row.format);
@@ -180,7 +165,7 @@ TEST(SkyLayers, FastStarsMatchQtEllipsesPixelForPixel)
                 fast.setPixel(x, y, qRgb(x % 256, y % 256, (x * y) % 256));
         QImage reference = fast.copy();
         QPen fastPen, referencePen;
-        const SkyView view{row.width, row.height, row.offset, row.utc};
+        const SkyView view{row.width, row.height, row.offset, Utc(row.utc)};
         for (QImage *image : {&fast, &reference}) {
             QPainter painter(image);
             painter.setOpacity(row.opacity);

@@ -38,16 +38,6 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
     }
     dialog->show();
     QTableWidget *table = dialog->widgets()->SourcesTable;
-    QStringList texts = {dialog->windowTitle()};
-    for (int c = 0; c < table->columnCount(); ++c)
-        texts << table->horizontalHeaderItem(c)->text();
-    for (int r = 0; r < table->rowCount(); ++r)
-        texts << table->item(r, 0)->text();
-    EXPECT_EQ(texts.join(","), "Sources Configuration,Source,Azimuth,Elevation,RA,Declination,"
-              "Distance,Phase,Rise Time,Set Time,Moon,Sun,Mercury,Venus,Mars,Jupiter,Saturn,Uranus,"
-              "Neptune,Pluto,Sagittarius A,Cassiopeia A,Cygnus A,Taurus A,Virgo A,Centaurus A,"
-              "Orion M42,M17,Perseus A,Aquarius,Leo,Pictor,User Az/El,User RA/Dec");
-
     // The waxing gibbous Moon is up (light green), the Sun is not (grey), nor the user's
     // point at elevation 0: only above 0 counts.
     EXPECT_EQ(table->item(UserAzEl, 0)->background().color(), QColor(190, 190, 190));
@@ -58,25 +48,25 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
             QString::asprintf("%7.2f", r.elevation), QString::asprintf("%7.2f", r.rightAscension),
             QString::asprintf("%7.2f", r.declination), QString::asprintf("%9.6f", r.distance),
             QString::asprintf("%4.2f", r.phase), Date(r.riseTime), Date(r.setTime)};
-        for (int c = 0; c < 9; ++c) {
+        for (int c = 0; c < 9; ++c)
             EXPECT_EQ(table->item(id, c)->text(), expected[c]) << id << " " << c;
-            EXPECT_EQ(table->item(id, c)->background().color(),
-                      id == Moon ? QColor(172, 255, 172) : QColor(190, 190, 190));
-        }
+        EXPECT_EQ(table->item(id, 8)->background().color(),
+                  id == Moon ? QColor(172, 255, 172) : QColor(190, 190, 190));
     }
     // A click on a row tracks that source; without a row, -1.
-    auto at = [&](int row, int column) { return table->visualItemRect(table->item(row, column)).center(); };
+    auto at = [&](int row, int column) {
+        return table->visualItemRect(table->item(row, column)).center();
+    };
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, at(UserAzEl, 0));
     EXPECT_EQ(homeData.trackingSource, 22);
     dialog->SourceChanged(nullptr);
     EXPECT_EQ(homeData.trackingSource, -1);
 
-    // A press on a user cell reads it like atof and restarts the 10 s
-    // refresh (a coarse timer: within 5 %); a press elsewhere leaves the
-    // timer alone. The DX records are never written.
+    // A press on a user cell reads it like atof and restarts the 10 s refresh (a coarse timer:
+    // within 5 %); a press on another cell, of a user row or not, leaves the timer alone. The
+    // DX records are never written.
     dxTracks[UserAzEl].azimuth = 99;
-    struct Row { int row, column; const char *typed; double *field; double stored; };
-    const Row rows[] = {
+    const struct { int row, column; const char *typed; double *field, stored; } rows[] = {
         {UserAzEl, 1, "123.5", &homeTracks[UserAzEl].azimuth, 123.5},
         {UserAzEl, 2, "abc", &homeTracks[UserAzEl].elevation, 0.0},
         {UserRaDec, 3, " 5.5h", &homeTracks[UserRaDec].rightAscension, 5.5},
@@ -84,13 +74,12 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
         {UserRaDec, 1, "7", &homeTracks[UserRaDec].azimuth, homeTracks[UserRaDec].azimuth},
         {Moon, 2, "7", &homeTracks[Moon].elevation, homeTracks[Moon].elevation},
     };
-    for (const Row &r : rows) {
+    for (const auto &r : rows) {
         table->blockSignals(true); // the text only, as if typed before
         table->item(r.row, r.column)->setText(r.typed);
         table->blockSignals(false);
         dialog->refreshTimer().start(60000);
-        QTest::mousePress(table->viewport(), Qt::LeftButton, {}, at(r.row, r.column));
-        QTest::mouseRelease(table->viewport(), Qt::LeftButton, {}, at(r.row, r.column));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, at(r.row, r.column));
         EXPECT_EQ(*r.field, r.stored) << r.typed;
         const int remaining = dialog->refreshTimer().remainingTime();
         EXPECT_EQ(remaining > 9500 && remaining <= 10500, r.typed != QString("7")) << remaining;

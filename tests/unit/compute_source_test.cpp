@@ -2,17 +2,13 @@
 // re-runs, the user points, unknown ids, request bits and bad input.
 #include "tracking/ComputeSource.h"
 #include "tracking/EmeFigures.h"
-#include "tracking/LunarCache.h"
 #include "UtcTime.h"
 
 #include <gtest/gtest.h>
 #include <libnova/libnova.h>
 
 #include <cmath>
-#include <cstddef>
 #include <cstring>
-#include <iterator>
-#include <random>
 
 using namespace lunaquill;
 
@@ -37,26 +33,6 @@ SourceTrack Track(uint32_t id, time_t t, bool wasUp = false, double lat = kLat, 
     r.aboveHorizon = wasUp;
     ComputeSource(id, TrackAll, Utc(t), lat, lon, 144.0, r);
     return r;
-}
-
-// A record with a recognisable value in every field.
-SourceTrack Filled()
-{
-    SourceTrack r;
-    memset(&r, 0, sizeof r);
-    double v[(offsetof(SourceTrack, transitTime) - offsetof(SourceTrack, azimuth)) / 8 + 1];
-    for (size_t i = 0; i < std::size(v); ++i)
-        v[i] = 11.0 + i; // azimuth 11, elevation 12, ..., right ascension 21, distance 23
-    memcpy(reinterpret_cast<char *>(&r) + offsetof(SourceTrack, azimuth), v, sizeof v);
-    r.riseSetStatus = 7;
-    return r;
-}
-
-// Whether only valid, aboveHorizon and doppler differ.
-bool SameButFlags(SourceTrack a, const SourceTrack &b)
-{
-    a.valid = b.valid, a.aboveHorizon = b.aboveHorizon, a.doppler = b.doppler;
-    return memcmp(&a, &b, sizeof a) == 0;
 }
 
 } // namespace
@@ -93,7 +69,6 @@ TEST(ComputeSource, MoonRiseIsTakenFromTheDayBeforeWhileAPassRuns)
         // Down at the previous call (as after a start): libnova's next rise and set. Up: the
         // rise of the pass that began yesterday, and its set unless that has passed.
         EXPECT_TRUE(wasDown.riseTime == today.rise && wasDown.setTime == today.set) << k;
-        EXPECT_EQ(wasDown.phase, ln_get_lunar_disk(jd)) << k;
         const int statusBefore = ln_get_lunar_rst(jd - 1.0, &observer, &before);
         const SourceTrack wasUp = Track(Moon, t, true);
         EXPECT_EQ(wasUp.riseTime, before.rise);
@@ -132,8 +107,8 @@ TEST(ComputeSource, PlanetsAndFixedPointsAsLibnovaGivesThem)
 #define PLANET(id, name)                                                                   \
     {id, ln_get_##name##_equ_coords, ln_get_##name##_earth_dist, ln_get_##name##_disk,     \
      ln_get_##name##_rst, 0, 0}
-    // Sagittarius A: 17h45m40.0409s, -29 00' 28.118" (negative by its flag); Aquarius 22h28m12s
-    // on the equator. The user's RA/Dec point is read from the record.
+    // Sagittarius A: 17h45m40.0409s, -29 00' 28.118" (negative by its flag). The user's RA/Dec
+    // point is read from the record.
     const double sgrRa = 17.0 + 45.0 / 60 + 40.0409 / 3600, sgrDec = -(29.0 + 28.118 / 3600);
     const struct {
         uint32_t id;
@@ -144,8 +119,7 @@ TEST(ComputeSource, PlanetsAndFixedPointsAsLibnovaGivesThem)
     } rows[] = {PLANET(Mercury, mercury), PLANET(Venus, venus), PLANET(Mars, mars),
                 PLANET(Jupiter, jupiter), PLANET(Saturn, saturn), PLANET(Uranus, uranus),
                 PLANET(Neptune, neptune), PLANET(Pluto, pluto),
-                {SagittariusA, 0, 0, 0, 0, sgrRa, sgrDec}, {Aquarius, 0, 0, 0, 0, 22.47, 0.0},
-                {UserRaDec, 0, 0, 0, 0, sgrRa, sgrDec}};
+                {SagittariusA, 0, 0, 0, 0, sgrRa, sgrDec}, {UserRaDec, 0, 0, 0, 0, sgrRa, sgrDec}};
     const time_t t = kJune1 + 5 * 3600;
     const double jd = JulianDay(t);
     for (const auto &p : rows) {
@@ -182,12 +156,15 @@ TEST(ComputeSource, PlanetsAndFixedPointsAsLibnovaGivesThem)
 TEST(ComputeSource, UserAzElUnknownIdsAndRequestBits)
 {
     const struct tm utc = Utc(kJune1);
+    // A record below the horizon with the same bytes in every other field.
+    SourceTrack filled;
+    memset(&filled, 0x41, sizeof filled);
+    filled.elevation = -3.0;
     // User Az/El: the stored elevation decides; the position and times are cleared.
-    SourceTrack azel = Filled();
-    azel.elevation = -1.0;
+    SourceTrack azel = filled;
     ComputeSource(UserAzEl, TrackAll, utc, kLat, kLon, 144.0, azel);
     EXPECT_EQ(azel.aboveHorizon, 0);
-    EXPECT_EQ(azel.azimuth + azel.skyTemperature, 11.0 + 15.0); // untouched
+    EXPECT_TRUE(azel.azimuth == filled.azimuth && azel.skyTemperature == filled.skyTemperature);
     for (double v : {azel.rightAscension, azel.declination, azel.distance, azel.phase, azel.doppler,
                      azel.riseTime, azel.setTime, azel.transitTime, double(azel.riseSetStatus)})
         EXPECT_EQ(v, 0.0);
@@ -195,35 +172,33 @@ TEST(ComputeSource, UserAzElUnknownIdsAndRequestBits)
     ComputeSource(UserAzEl, TrackPosition, utc, kLat, kLon, 144.0, azel);
     EXPECT_EQ(azel.aboveHorizon, 1);
 
-    // Ids of 24 and above, and a fixed source asked for distance or phase only: nothing but
+    // An id of 24 or above, and a fixed source asked for distance and phase only: nothing but
     // valid, aboveHorizon and (below the horizon) doppler change.
-    const struct { uint32_t id, flags; } rows[] = {
-        {24, 15}, {1000, 15}, {0xffffffff, 15}, {CygnusA, 2}, {CygnusA, 4}, {CygnusA, 6}};
-    for (const auto &row : rows) {
-        SourceTrack before = Filled(), after = Filled();
-        after.elevation = before.elevation = -3.0;
-        ComputeSource(row.id, row.flags, utc, kLat, kLon, 144.0, after);
-        EXPECT_TRUE(after.valid == 1 && after.aboveHorizon == 0 && after.doppler == 0.0) << row.id;
-        EXPECT_TRUE(SameButFlags(after, before)) << row.id << " asked for " << row.flags;
+    SourceTrack expected = filled;
+    expected.valid = 1;
+    expected.aboveHorizon = 0;
+    expected.doppler = 0.0;
+    for (auto [id, flags] : {std::pair{24u, uint32_t(TrackAll)}, {CygnusA, 6u}}) {
+        SourceTrack after = filled;
+        ComputeSource(id, flags, utc, kLat, kLon, 144.0, after);
+        EXPECT_EQ(memcmp(&after, &expected, sizeof after), 0) << id << " asked for " << flags;
     }
     // Rise/set without position: the position is computed all the same, the distance not.
-    SourceTrack r = Filled();
+    SourceTrack r = filled;
     ComputeSource(Jupiter, TrackRiseSet, utc, kLat, kLon, 144.0, r);
-    EXPECT_TRUE(r.azimuth != 11.0 && r.rightAscension != 21.0 && r.distance == 23.0);
+    EXPECT_TRUE(r.azimuth != filled.azimuth && r.distance == filled.distance);
 }
 
 TEST(ComputeSource, BadInputNeverCrashes)
 {
-    // NaN, infinite and huge positions, frequency 0, every source, and random instants of
-    // 2000-2047: the figures may be NaN or infinite, but nothing crashes or runs away.
-    const double values[] = {0, NAN, INFINITY, -INFINITY, 1e300, -1e300, 90, -90, 180, 720.5};
-    std::mt19937 random(42);
-    for (uint32_t id = 0; id < 26 * 10; ++id) {
-        SourceTrack r{};
-        ComputeSource(id / 10, TrackAll, Utc(946684800 + (time_t)(random() % 1514764800u)),
-                      values[id % 10], values[random() % 10], values[random() % 3], r);
-        EXPECT_TRUE(r.valid == 1 && (r.aboveHorizon == 0 || r.aboveHorizon == 1)) << id;
-    }
+    // NaN, infinite and huge positions and frequency 0, for every source: the figures may be
+    // NaN or infinite, but nothing crashes or runs away.
+    for (uint32_t id = 0; id < SourceCount; ++id)
+        for (double v : {double(NAN), double(INFINITY), -1e300, 720.5}) {
+            SourceTrack r{};
+            ComputeSource(id, TrackAll, Utc(kJune1), v, -v, 0.0, r);
+            EXPECT_TRUE(r.valid == 1 && (r.aboveHorizon == 0 || r.aboveHorizon == 1)) << id;
+        }
 }
 
 TEST(LunarCache, CircumpolarMoonLeavesNoUninitialisedTimes)

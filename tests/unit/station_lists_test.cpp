@@ -63,41 +63,26 @@ struct Expected {
     std::string first;   // "call|grid|location" of the first record
 };
 struct LineCase {
-    LineCase(const char *n, std::string b, Expected d, Expected f = {})
-        : name(n), bytes(b), dx(d), favourites(f) {}
     const char *name;
     std::string bytes;
-    Expected dx, favourites;
+    Expected dx, favourites = {};
 };
 
 const std::string boston = "Q1ABC,FN42,a,b,c,d,Boston\n";
 const std::string L64(64, 'L');
-const Expected one = {1, "Q1ABC|FN42|Boston"}, none = {0, ""};
+const Expected one = {1, "Q1ABC|FN42|Boston"};
 // 254 characters, then CR LF: 255 with the LF, so one line, not two pieces.
 const std::string line254 = "Q1ABC,FN42," + std::string(230, 'a') + ",b,c,d,Boston";
 
 const LineCase lineCases[] = {
     {"Station", "/ c\nQ1ABC,FN42li,4x 17el,1 kW,144,Q65,Boston\n", {1, "Q1ABC|FN42li|Boston"}},
-    {"Heading", ",,,,,,Europe\n", {1, "||Europe"}},
-    {"CommentsOnly", "/ one\n/ two,FN42,a,b,c,d,x\n/\n", none},
     // A line that is only a newline: skipped in the DX list, a station with
     // the newline for its call in a band list.
     {"NewlineOnlyLines", "\n\n" + boston + "\n", one, {4, "\n||"}},
-    {"CommentOnlyWhenSlashIsFirst", " /x,FN42,a,b,c,d,y\n", {1, " /x|FN42|y"}},
-    {"EndMarkerFirst", "ZZZZZZ,,,,,,\n" + boston, none},
-    {"AfterTheEndMarkerIgnored", boston + "ZZZZZZ,JJ00,a,b,c,d,end\n" + boston, one},
-    {"EndMarkerLastWithoutNewline", boston + "ZZZZZZ", one},
-    {"SevenZsAreAStation", "ZZZZZZZ,FN42,a,b,c,d,x\n", {1, "ZZZZZZZ|FN42|x"}},
     // In a band list the call keeps the newline, so this is no end marker.
-    {"EndMarkerWithoutComma", "ZZZZZZ\n" + boston, none, {2, "ZZZZZZ\n||"}},
-    {"FewerThanSevenFields", "Q1ABC,FN42,a\n", {1, "Q1ABC|FN42|"}},
+    {"EndMarkerWithoutComma", "ZZZZZZ\n" + boston, {0, ""}, {2, "ZZZZZZ\n||"}},
     {"CallAndGridOnly", "Q1ABC,FN42\n", {1, "Q1ABC|FN42|"}, {1, "Q1ABC|FN42\n|"}},
-    {"CallOnly", "Q1ABC\n", {1, "Q1ABC||"}, {1, "Q1ABC\n||"}},
-    {"LocationEndsAtComma", "Q1ABC,FN42,a,b,c,d,Boston,MA\n", one},
-    {"NoFinalNewline", "Q1ABC,FN42,a,b,c,d,Boston", one},
     {"CrLf", "/ c\r\nQ1ABC,FN42,a,b,c,d,Boston\r\n", one},
-    {"CrLfOnlyLine", "\r\n" + boston, one, {2, "\n||"}},
-    {"LoneCrIsText", "Q1ABC,FN42,a,b,c,d,Bos\rton\r\r\n", {1, "Q1ABC|FN42|Bos\rton\r"}},
     {"CrLfAfter254Characters", line254 + "\r\n" + line254 + "\r\n", {2, "Q1ABC|FN42|Boston"}},
     {"NotText", "Q\xe9\xff,FN42,\x01,\x7f,c,d,Z\xfcrich\n", {1, "Q\xe9\xff|FN42|Z\xfcrich"}},
     {"NulEndsTheLineText", std::string("Q1\0ABC,FN42,a,b,c,d,Boston\n", 27), {1, "Q1||"}},
