@@ -174,7 +174,7 @@ TEST_F(MapViewTest, EachLayerOnlyWhenItsSwitchAllowsAndItsBodyWasComputed)
 
 TEST_F(MapViewTest, WithoutOpenGlTheChartsStayThePlainDial)
 {
-    Open(); // home: a first run's JJ00aa
+    Open(""); // home: a first run's JJ00aa
     ASSERT_FALSE(window->findChild<StarChartRenderer *>()->isReady())
         << "run with QT_QPA_OFFSCREEN_NO_GLX=1: no context is to be had";
     CopyField(dxStation.grid, "QF56og");
