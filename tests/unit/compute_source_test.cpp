@@ -18,13 +18,7 @@ constexpr time_t kJune1 = 1748736000; // 2025-06-01 00:00:00 UTC
 constexpr double kLat = 42.5, kLon = -71.0;
 ln_lnlat_posn observer{kLon, kLat};
 
-double JulianDay(time_t t)
-{
-    struct tm utc = Utc(t);
-    ln_date date;
-    ln_get_date_from_tm(&utc, &date);
-    return ln_get_julian_day(&date);
-}
+double JulianDay(time_t t) { return ln_get_julian_from_timet(&t); }
 
 // `wasUp`: whether the previous call saw the source above the horizon.
 SourceTrack Track(uint32_t id, time_t t, bool wasUp = false, double lat = kLat, double lon = kLon)
@@ -142,14 +136,13 @@ TEST(ComputeSource, PlanetsAndFixedPointsAsLibnovaGivesThem)
         ln_get_hrz_from_equ(&equ, &observer, jd, &hrz);
         double latitude, longitude;
         SubSourcePoint(Utc(t), equ.ra / 15.0, equ.dec, latitude, longitude);
-        EXPECT_NEAR(r.rightAscension, equ.ra / 15.0, 1e-12);
-        EXPECT_NEAR(r.declination, equ.dec, 1e-12);
-        EXPECT_NEAR(r.azimuth, std::fmod(hrz.az + 180.0, 360.0), 1e-9);
-        EXPECT_NEAR(r.elevation, hrz.alt, 1e-9);
+        const double figures[][2] = {{r.rightAscension, equ.ra / 15.0}, {r.declination, equ.dec},
+            {r.azimuth, std::fmod(hrz.az + 180.0, 360.0)}, {r.elevation, hrz.alt},
+            {r.riseTime, rst.rise}, {r.setTime, rst.set}};
+        for (const auto &f : figures) // right ascension, declination, azimuth, elevation, times
+            EXPECT_NEAR(f[0], f[1], 1e-9) << &f - figures;
         EXPECT_TRUE(r.subLatitude == latitude && r.subLongitude == longitude);
         EXPECT_EQ(r.riseSetStatus, status);
-        EXPECT_NEAR(r.riseTime, rst.rise, 1e-9);
-        EXPECT_NEAR(r.setTime, rst.set, 1e-9);
     }
 }
 
@@ -189,7 +182,7 @@ TEST(ComputeSource, UserAzElUnknownIdsAndRequestBits)
     EXPECT_TRUE(r.azimuth != filled.azimuth && r.distance == filled.distance);
 }
 
-TEST(ComputeSource, BadInputNeverCrashes)
+TEST(ComputeSource, BadInputAndACircumpolarMoonLeaveNoGarbage)
 {
     // NaN, infinite and huge positions and frequency 0, for every source: the figures may be
     // NaN or infinite, but nothing crashes or runs away.
@@ -199,10 +192,6 @@ TEST(ComputeSource, BadInputNeverCrashes)
             ComputeSource(id, TrackAll, Utc(kJune1), v, -v, 0.0, r);
             EXPECT_TRUE(r.valid == 1 && (r.aboveHorizon == 0 || r.aboveHorizon == 1)) << id;
         }
-}
-
-TEST(LunarCache, CircumpolarMoonLeavesNoUninitialisedTimes)
-{
     // Far north the Moon can stay up or down all day; libnova then writes no times, and the
     // record gets zeros, never stack garbage.
     int circumpolar = 0;
@@ -210,10 +199,8 @@ TEST(LunarCache, CircumpolarMoonLeavesNoUninitialisedTimes)
         SourceTrack r{};
         r.riseTime = r.setTime = 123.0;
         ComputeSource(Moon, TrackAll, Utc(1735689600 + (time_t)k * 86400), 78.0, 15.0, 144.0, r);
-        if (r.riseSetStatus != 0) {
-            ++circumpolar;
-            EXPECT_TRUE(r.riseTime == 0.0 && r.setTime == 0.0) << k;
-        }
+        circumpolar += r.riseSetStatus != 0;
+        EXPECT_TRUE(r.riseSetStatus == 0 || (r.riseTime == 0.0 && r.setTime == 0.0)) << k;
     }
     EXPECT_GT(circumpolar, 0);
 }
