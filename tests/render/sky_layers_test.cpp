@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <set>
 #include <utility>
 #include <vector>
@@ -105,8 +104,7 @@ TEST(SkyLayers, ColourByIndexSizeByMagnitudeWithinTheLimit)
         QColor colour; // the program's own slot, by the same rules
         int size = 0;
         StarStyle(row.magnitude, row.colourIndex, colour, size);
-        EXPECT_EQ(colour, QColor(QRgb(row.colour))) << row.colourIndex;
-        EXPECT_EQ(size, row.pixels == 21 ? 2 : 1) << row.magnitude;
+        EXPECT_TRUE(colour == QColor(QRgb(row.colour)) && size == (row.pixels == 21 ? 2 : 1));
     }
 }
 
@@ -142,7 +140,7 @@ TEST(SkyLayers, OutlinesSplitAtTheDateLineAndStayOpen)
 
 // The fast star drawing against one drawEllipse per star: every catalogue
 // object over a textured image, dense maps where discs overlap, the map
-// edges, other opacities and formats.
+// edges, other opacities and formats; the painter's pen left the same.
 TEST(SkyLayers, FastStarsMatchQtEllipsesPixelForPixel)
 {
     const struct { int width, height, offset; time_t utc; double opacity; QImage::Format format; }
@@ -153,23 +151,21 @@ TEST(SkyLayers, FastStarsMatchQtEllipsesPixelForPixel)
             {200, 100, 23, 1704067200, 1.0, QImage::Format_RGB32},
         };
     for (const auto &row : rows) {
-        QImage fast(row.width, row.height, row.format);
+        QImage images[2] = {QImage(row.width, row.height, row.format)};
         for (int y = 0; y < row.height; ++y)
             for (int x = 0; x < row.width; ++x)
-                fast.setPixel(x, y, qRgb(x % 256, y % 256, (x * y) % 256));
-        QImage reference = fast.copy();
-        QPen fastPen, referencePen;
-        const SkyView view{row.width, row.height, row.offset, Utc(row.utc)};
-        for (QImage *image : {&fast, &reference}) {
-            QPainter painter(image);
+                images[0].setPixel(x, y, qRgb(x % 256, y % 256, (x * y) % 256));
+        images[1] = images[0].copy();
+        QColor pens[2];
+        for (int i = 0; i < 2; ++i) {
+            QPainter painter(&images[i]);
             painter.setOpacity(row.opacity);
             for (int c = 0; c < kConstellationCount; ++c)
-                (image == &fast ? DrawObjects : DrawObjectsOneByOne)(painter, view,
-                                                                     kCatalogue[c], 20);
-            (image == &fast ? fastPen : referencePen) = painter.pen();
+                (i ? DrawObjectsOneByOne : DrawObjects)(
+                    painter, {row.width, row.height, row.offset, Utc(row.utc)}, kCatalogue[c], 20);
+            pens[i] = painter.pen().color();
         }
-        EXPECT_TRUE(fast == reference) << row.width << " x " << row.height;
-        EXPECT_EQ(fastPen.color(), referencePen.color());
+        EXPECT_TRUE(images[0] == images[1] && pens[0] == pens[1]) << row.width;
     }
 }
 
