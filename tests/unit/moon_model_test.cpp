@@ -16,10 +16,7 @@ namespace {
 constexpr double kDegPerRad = 57.29577951307855;
 constexpr time_t kStart2000 = 946684800; // 2000-01-01 00:00:00 UTC
 
-double UtHours(const struct tm &utc)
-{
-    return utc.tm_hour + utc.tm_min / 60.0 + utc.tm_sec / 3600.0;
-}
+double UtHours(const struct tm &t) { return t.tm_hour + t.tm_min / 60.0 + t.tm_sec / 3600.0; }
 
 MoonPosition Model(const struct tm &utc, double longitude, double latitude, double earlier = 0)
 {
