@@ -43,9 +43,10 @@ TEST(InstallTree, HoldsEveryFileInItsPlaceAndValidates)
     // The validators, where installed; their findings go to the test's output.
     const QStringList desktop = {"desktop-file-validate", Path(kDesktop)};
     const QStringList metainfo = {"appstreamcli", "validate", "--no-net", Path(kMetainfo)};
-    for (const QStringList &command : {desktop, metainfo})
+    for (const QStringList &command : {desktop, metainfo}) {
         if (!QStandardPaths::findExecutable(command[0]).isEmpty())
             EXPECT_EQ(QProcess::execute(command[0], command.mid(1)), 0) << qPrintable(command[0]);
+    }
 }
 
 // The pixels of the screen blue as the map's ocean and radio sky are (the window's frames and
@@ -74,6 +75,7 @@ int RunInstalled()
     environment.insert("HOME", home.path());
     lunaquill.setProcessEnvironment(environment);
     lunaquill.start(Path("bin/lunaquill"), {});
+    lunaquill.waitForStarted();
     QElapsedTimer clock;
     clock.start();
     int drawn = 0;
