@@ -46,25 +46,7 @@ std::set<std::pair<int, int>> Painted(QImage &map, Draw draw)
     return painted;
 }
 
-TEST(SkyLayers, SiriusShinesAtItsSubPoint)
-{
-    QImage map(1600, 800, QImage::Format_RGB32);
-    const SkyView view{1600, 800, 3, kEquinox};
-    // Sirius, J2000: 6h 45m 08.9s, -16 42' 58"; B-V 0.00, V -1.44: pale blue, size 2.
-    const int canisMajor = 19; // alphabetically after CIR
-    ASSERT_STREQ(kConstellations[canisMajor].abbreviation, "CMA");
-    double latitude, longitude;
-    SubSourcePoint(kEquinox, 6.0 + 45 / 60.0 + 8.9 / 3600, -(16 + 42 / 60.0 + 58 / 3600.0),
-                   latitude, longitude);
-    const QPoint sirius = LatLongToPoint(1600, 800, 3, latitude, longitude);
-    Painted(map, [&](QPainter &painter) {
-        DrawConstellationObjects(painter, view, canisMajor, 6);
-    });
-    EXPECT_EQ(map.pixel(sirius), qRgb(0xa0, 0xd7, 0xff));
-    EXPECT_EQ(map.pixel(sirius + QPoint(2, 0)), qRgb(0xa0, 0xd7, 0xff));
-}
-
-TEST(SkyLayers, ColourByIndexSizeByMagnitudeWithinTheLimit)
+TEST(SkyLayers, ColourByIndexSizeByMagnitudeWithinTheLimitAndSirius)
 {
     // Stars (1), multiple (2) and variable stars (3), open (7) and globular clusters (9),
     // planetary (10) and bright nebulae (11) are drawn: types -1..13 in turn.
@@ -96,6 +78,18 @@ TEST(SkyLayers, ColourByIndexSizeByMagnitudeWithinTheLimit)
         StarStyle(row.magnitude, row.colourIndex, colour, size);
         EXPECT_TRUE(colour == QColor(QRgb(row.colour)) && size == (row.pixels == 21 ? 2 : 1));
     }
+    // Sirius, J2000: 6h 45m 08.9s, -16 42' 58"; B-V 0.00, V -1.44: pale blue, size 2.
+    const int canisMajor = 19; // alphabetically after CIR
+    ASSERT_STREQ(kConstellations[canisMajor].abbreviation, "CMA");
+    double latitude, longitude;
+    SubSourcePoint(kEquinox, 6.0 + 45 / 60.0 + 8.9 / 3600, -(16 + 42 / 60.0 + 58 / 3600.0),
+                   latitude, longitude);
+    const QPoint sirius = LatLongToPoint(720, 360, 3, latitude, longitude);
+    Painted(map, [&](QPainter &painter) {
+        DrawConstellationObjects(painter, {720, 360, 3, kEquinox}, canisMajor, 6);
+    });
+    EXPECT_EQ(map.pixel(sirius), qRgb(0xa0, 0xd7, 0xff));
+    EXPECT_EQ(map.pixel(sirius + QPoint(2, 0)), qRgb(0xa0, 0xd7, 0xff));
 }
 
 TEST(SkyLayers, OutlinesSplitAtTheDateLineAndStayOpen)
