@@ -13,18 +13,10 @@ namespace {
 
 using namespace lunaquill;
 
-TEST(Pixmaps, EachImageTheProgramLoadsHasItsSize)
+TEST(Pixmaps, TheMapMastersAreTheSizeTheMapIsCutFrom)
 {
-    const struct { const char *file; int width, height; } images[] = {
-        {"sun-icon.png", 24, 24},     {"moon-icon.png", 24, 24},    {"mercury-icon.png", 20, 20},
-        {"venus-icon.png", 20, 20},   {"mars-icon.png", 20, 20},    {"jupiter-icon.png", 20, 20},
-        {"saturn-icon.png", 32, 20},  {"uranus-icon.png", 20, 20},  {"neptune-icon.png", 20, 20},
-        {"pluto-icon.png", 16, 16},   {"dish-icon.png", 24, 24},    {"menu-icon.png", 32, 32},
-        {"dial.png", 512, 512},       {"nasa-topo_1600.jpg", 1600, 800},
-        {"skynoise_1600.png", 1600, 800}};
-    for (const auto &image : images)
-        EXPECT_EQ(QImage(QString("pixmaps/") + image.file).size(), QSize(image.width, image.height))
-            << image.file;
+    for (const char *file : {"nasa-topo_1600.jpg", "skynoise_1600.png"})
+        EXPECT_EQ(QImage(QString("pixmaps/") + file).size(), QSize(1600, 800)) << file;
 }
 
 // RMS difference (K) between the 144 MHz table and the mean of `temperature`

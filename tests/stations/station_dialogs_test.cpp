@@ -1,12 +1,11 @@
 // The station dialogs driven as a user would: typing, leaving fields,
 // pressing Grid Convert, switching hemispheres, clicking list rows.
 #include "GuiTestSupport.h"
+#include "SharedStateReset.h"
 
 #include "tracking/DxSelectDialog.h"
 #include "tracking/DxStationDialog.h"
-#include "tracking/DxStationList.h"
 #include "tracking/HomeStationDialog.h"
-#include "tracking/SharedState.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -18,21 +17,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <stdexcept>
 #include <string>
 
 namespace lunaquill {
 namespace {
 
-constexpr double Tolerance = 1e-7;
-
 template <typename T = QLineEdit>
-T *Child(QWidget &parent, const QString &name)
-{
-    if (T *child = parent.findChild<T *>(name))
-        return child;
-    throw std::runtime_error("no widget " + name.toStdString());
-}
+T *Child(QWidget &parent, const QString &name) { return parent.findChild<T *>(name); }
 
 // Replaces the text of a field by typing and ends the edit with Enter.
 void Enter(QWidget &dialog, const QString &field, const QString &text)
@@ -47,106 +38,20 @@ void Enter(QWidget &dialog, const QString &field, const QString &text)
 template <size_t N>
 std::string Text(const char (&field)[N]) { return std::string(field, strnlen(field, N)); }
 
-// Degrees, minutes, seconds and hemisphere as shown for "Latitude" or "Longitude".
-std::string Fields(QWidget &dialog, const QString &which)
+// Degrees, minutes, seconds and hemisphere of latitude, then of longitude, as shown.
+std::string Position(QWidget &dialog)
 {
     QStringList texts;
-    for (const char *part : {"DegEdit", "MinEdit", "SecEdit"})
-        texts << Child(dialog, which + part)->text();
-    QString combo = which + (which == "Latitude" ? "NSComboBox" : "EWComboBox");
-    return (texts << Child<QComboBox>(dialog, combo)->currentText()).join(" ").toStdString();
+    for (QString which : {"Latitude", "Longitude"}) {
+        for (const char *part : {"DegEdit", "MinEdit", "SecEdit"})
+            texts << Child(dialog, which + part)->text();
+        texts << Child<QComboBox>(dialog, which + (which[1] == 'a' ? "NS" : "EW") + "ComboBox")
+                     ->currentText();
+    }
+    return texts.join(" ").toStdString();
 }
 
-// The home dialog and the DX station entry share their fields and rules.
-struct Station {
-    bool home;
-    std::unique_ptr<QDialog> Open() const
-    {
-        if (home)
-            return std::make_unique<HomeStationDialog>();
-        return std::make_unique<DxSelectDialog>();
-    }
-    double &Latitude() const { return home ? homeData.latitude : dxStation.latitude; }
-    double &Longitude() const { return home ? homeData.longitude : dxStation.longitude; }
-    std::string Call() const { return home ? Text(homeData.callsign) : Text(dxStation.callsign); }
-    std::string Grid() const { return home ? Text(homeData.grid) : Text(dxStation.grid); }
-};
-const Station kBoth[] = {{true}, {false}};
-
-class StationDialogTest : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        homeData = {}, dxStation = {}, dxStationCount = 0;
-        test::ClearTestHome();
-    }
-};
-
-TEST_F(StationDialogTest, HomeDialogShowsAndStoresTheHomeValues)
-{
-    // -0.5: 0 degrees, the sign shown by the choice alone. -400.5: the degrees reduced modulo
-    // 360, the minutes counted from them, (400.5 - 40) * 60. The frequency as "%7.2f".
-    homeData = {0, "Q1ABC", "FN42", "Boston", -0.5, -400.5, 144};
-    HomeStationDialog dialog;
-    QStringList texts;
-    for (const char *name : {"CallsignEdit", "GridEdit", "LocationEdit", "FrequencyEdit"})
-        texts << Child(dialog, name)->text();
-    EXPECT_EQ(texts.join("|").toStdString(), "Q1ABC|FN42|Boston| 144.00");
-    EXPECT_EQ(Fields(dialog, "Latitude"), "0 30 0.00000 S");
-    EXPECT_EQ(Fields(dialog, "Longitude"), "40 21630 0.00000 W");
-
-    Enter(dialog, "CallsignEdit", "Q9QQ");
-    Child(dialog, "LocationEdit")->setText(QString::fromUtf8("Zürich")); // QTest types ASCII only
-    QTest::keyClick(Child(dialog, "LocationEdit"), Qt::Key_Return);
-    Enter(dialog, "FrequencyEdit", "1296,5 MHz"); // the leading number, as atof reads it
-    EXPECT_EQ(Text(homeData.callsign) + Text(homeData.location), "Q9QQZ\xfcrich"); // Latin-1
-    EXPECT_EQ(homeData.frequency, 1296.0);
-}
-
-TEST_F(StationDialogTest, ALocatorMovesTheStation)
-{
-    // A grid typed in the home dialog waits for Grid Convert; in the DX dialog it moves the
-    // station at once. A non-locator then leaves the station where it was. Subsquare a, a of
-    // FN42: 42 + 0.5*2.5/60 = 42 1' 15" N, 108 + 0.5*5/60 - 180 = -71 57' 30" (W).
-    for (const Station &s : kBoth) {
-        SCOPED_TRACE(s.home ? "home" : "DX");
-        s.Latitude() = 1.25;
-        auto dialog = s.Open();
-        for (const char *grid : {"fn42aa", "F142"}) {
-            Enter(*dialog, "GridEdit", grid);
-            if (s.home) { // where it was until Grid Convert
-                EXPECT_EQ(s.Latitude(), *grid == 'f' ? 1.25 : 42.0 + 0.5 * 2.5 / 60) << grid;
-                QTest::mouseClick(Child<QPushButton>(*dialog, "GridConvertButton"), Qt::LeftButton);
-            }
-        }
-        auto reopened = s.Open(); // shows what was stored
-        for (QDialog *shown : {dialog.get(), reopened.get()}) {
-            EXPECT_EQ(Fields(*shown, "Latitude"), "42 1 15.00000 N");
-            EXPECT_EQ(Fields(*shown, "Longitude"), "71 57 30.00000 W");
-        }
-    }
-}
-
-TEST_F(StationDialogTest, TextsOfAnyLengthStayInsideTheirFields)
-{
-    const QString longText(200, QChar('W'));
-    for (const Station &s : kBoth) {
-        s.Latitude() = 7.5;
-        auto dialog = s.Open();
-        // Even a field that takes more text than its form allows stores no more than fits.
-        for (QLineEdit *edit : dialog->findChildren<QLineEdit *>())
-            edit->setMaxLength(longText.size());
-        for (const char *name : {"CallsignEdit", "GridEdit", "LocationEdit"})
-            if (dialog->findChild<QLineEdit *>(name))
-                Enter(*dialog, name, longText);
-        EXPECT_EQ(s.Call() + s.Grid(), std::string(11 + 7, 'W'));
-        EXPECT_EQ(s.Latitude(), 7.5);
-    }
-    EXPECT_EQ(Text(homeData.location), std::string(63, 'W'));
-    EXPECT_EQ(dxStation.location[0], '\0');
-}
-
-TEST_F(StationDialogTest, EachFieldAndChoiceStoresThePositionAtOnce)
+TEST(StationDialog, FieldsChoicesLocatorsAndLongTextsStoreAtOnce)
 {
     // Fields are cut to ten characters and read like atoi, atoi, atof: degrees + minutes / 60
     // + seconds / 360 (not 3600); the sign comes from the choice only, a typed minus is just
@@ -162,51 +67,93 @@ TEST_F(StationDialogTest, EachFieldAndChoiceStoresThePositionAtOnce)
         {"LongitudeDegEdit", "-71", -(42 + m), -(-71 + 0.6)},
         {"LatitudeDegEdit", "123456789012345", -(1234567890 + m), 70.4},
     };
-    for (const Station &s : kBoth) {
-        s.Latitude() = 42.0;
-        auto dialog = s.Open();
+    const QString longText(200, QChar('W'));
+    for (bool home : {true, false}) {
+        SCOPED_TRACE(home ? "home" : "DX");
+        test::ResetSharedState();
+        homeData = {0, "Q1ABC", "FN42", "Boston", 0, 0, 144};
+        double &latitude = home ? homeData.latitude : dxStation.latitude;
+        double &longitude = home ? homeData.longitude : dxStation.longitude;
+        auto open = [home] {
+            return std::unique_ptr<QDialog>(home ? (QDialog *)new HomeStationDialog
+                                                 : new DxSelectDialog);
+        };
+        // -0.5: 0 degrees, the sign shown by the choice alone. -400.5: the degrees reduced
+        // modulo 360, the minutes counted from them, (400.5 - 40) * 60.
+        latitude = -0.5;
+        longitude = -400.5;
+        auto dialog = open();
+        EXPECT_EQ(Position(*dialog), "0 30 0.00000 S 40 21630 0.00000 W");
+        if (home) { // the frequency shown as "%7.2f", read back as atof reads it
+            const QString shown = Child(*dialog, "LocationEdit")->text();
+            EXPECT_EQ(shown + Child(*dialog, "FrequencyEdit")->text(),
+                      "Boston 144.00");
+            // QTest types ASCII only
+            Child(*dialog, "LocationEdit")->setText(QString::fromUtf8("Zürich"));
+            QTest::keyClick(Child(*dialog, "LocationEdit"), Qt::Key_Return);
+            Enter(*dialog, "FrequencyEdit", "1296,5 MHz");
+            EXPECT_EQ(Text(homeData.location), "Z\xfcrich"); // Latin-1
+            EXPECT_EQ(homeData.frequency, 1296.0);
+        }
+        latitude = 42.0;
+        longitude = 0.0;
+        dialog = open();
         for (const auto &step : steps) {
             if (QComboBox *combo = dialog->findChild<QComboBox *>(step.field))
                 combo->setCurrentIndex(QString(step.typed).toInt());
             else
                 Enter(*dialog, step.field, step.typed);
-            SCOPED_TRACE(std::string(step.field) + " " + step.typed);
-            EXPECT_NEAR(s.Latitude(), step.latitude, Tolerance);
-            EXPECT_NEAR(s.Longitude(), step.longitude, Tolerance);
+            EXPECT_NEAR(latitude, step.latitude, 1e-7) << step.field << " " << step.typed;
+            EXPECT_NEAR(longitude, step.longitude, 1e-7) << step.field << " " << step.typed;
         }
-        // Cut to ten characters, and not refilled.
-        EXPECT_EQ(Fields(*dialog, "Latitude"), "1234567890 0 30 S");
+        EXPECT_EQ(Position(*dialog), "1234567890 0 30 S -71 30 36 W"); // cut, not refilled
+
+        // A grid typed in the home dialog waits for Grid Convert; in the DX dialog it moves the
+        // station at once. A non-locator then leaves the station where it was. Subsquare a, a
+        // of FN42: 42 + 0.5*2.5/60 = 42 1' 15" N, 108 + 0.5*5/60 - 180 = -71 57' 30" (W).
+        for (const char *grid : {"fn42aa", "F142"}) {
+            Enter(*dialog, "GridEdit", grid);
+            if (home) { // where it was until Grid Convert
+                EXPECT_EQ(latitude, *grid == 'f' ? -(1234567890 + m) : 42.0 + 0.5 * 2.5 / 60);
+                QTest::mouseClick(Child<QPushButton>(*dialog, "GridConvertButton"), Qt::LeftButton);
+            }
+        }
+        auto reopened = open(); // shows what was stored
+        for (QDialog *shown : {dialog.get(), reopened.get()})
+            EXPECT_EQ(Position(*shown), "42 1 15.00000 N 71 57 30.00000 W");
+
+        // Even a field that takes more text than its form allows stores no more than fits.
+        for (QLineEdit *edit : dialog->findChildren<QLineEdit *>())
+            edit->setMaxLength(longText.size());
+        for (const char *name : {"CallsignEdit", "GridEdit", "LocationEdit"})
+            if (dialog->findChild<QLineEdit *>(name))
+                Enter(*dialog, name, longText);
+        EXPECT_EQ(home ? Text(homeData.callsign) + Text(homeData.grid) + Text(homeData.location)
+                       : Text(dxStation.callsign) + Text(dxStation.grid) + Text(dxStation.location),
+                  std::string(home ? 11 + 7 + 63 : 11 + 7, 'W'));
+        EXPECT_EQ(latitude, 42.0 + 0.5 * 2.5 / 60);
     }
 }
 
-// ---- DX Station Selections ------------------------------------------------
-
-void WriteDxList(const QByteArray &bytes)
+TEST(StationDialog, DxListShowsBandedRowsAndAClickPicksTheStation)
 {
-    QFile file(test::SettingsFolder() + "DxStations.txt");
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-TEST_F(StationDialogTest, DxListShowsBandedRowsAndAClickPicksTheStation)
-{
+    test::ResetSharedState();
     // Five sections (headings in rows 0, 3, 5, 7, 9): colour groups 1, 2, 3, 0, then 1 again.
-    WriteDxList("/ sample\n,,,,,,North America\nQ1ABC,FN42,4x 17el,1 kW,144,Q65,Boston MA\n"
-                "QA2XYZ\n,,,,,,Europe\nQ3DEF,JO62qm,,,,,Berlin\n,,,,,,Africa\nQ4GHI\n"
-                ",,,,,,Asia\nQ5JKL\n,,,,,,Oceania\nQ6MNO\nQ123456789AB,FN42,a,b,c,d,Long call\n"
-                "ZZZZZZ,,,,,,\nQ7PQR,FN42,a,b,c,d,after the end\n");
+    QFile file(test::SettingsFolder() + "DxStations.txt");
+    file.open(QIODevice::WriteOnly);
+    file.write("/ sample\n,,,,,,North America\nQ1ABC,FN42,4x 17el,1 kW,144,Q65,Boston MA\n"
+               "QA2XYZ\n,,,,,,Europe\nQ3DEF,JO62qm,,,,,Berlin\n,,,,,,Africa\nQ4GHI\n"
+               ",,,,,,Asia\nQ5JKL\n,,,,,,Oceania\nQ6MNO\nQ123456789AB,FN42,a,b,c,d,Long call\n"
+               "ZZZZZZ,,,,,,\nQ7PQR,FN42,a,b,c,d,after the end\n");
+    file.close();
     DxStationDialog dialog;
     QTableWidget *table = Child<QTableWidget>(dialog, "DxStationTable");
-    auto row = [&](int r) {
-        QStringList texts;
-        for (int column = 0; column < table->columnCount(); ++column)
-            texts << table->item(r, column)->text();
-        return texts.join("|").toStdString();
-    };
     ASSERT_EQ(table->rowCount(), 12);
-    EXPECT_EQ(row(1), "Boston MA|Q1ABC|FN42|42.52|-70.96");
-    // A twelve-character call takes the grid's comma: "FN42", a, b, c are skipped.
-    EXPECT_EQ(row(11), "d|Q123456789AB|| 0.00| 0.00");
+    // Location, call, grid and the grid's position as "%5.2f" (42.52, -70.96 for FN42).
+    QStringList texts;
+    for (int column = 0; column < table->columnCount(); ++column)
+        texts << table->item(1, column)->text();
+    EXPECT_EQ(texts.join("|").toStdString(), "Boston MA|Q1ABC|FN42|42.52|-70.96");
 
     // Each heading starts a band of one colour across the row (seen in its last column); four
     // colours, the fifth section takes the first again.
@@ -226,8 +173,8 @@ TEST_F(StationDialogTest, DxListShowsBandedRowsAndAClickPicksTheStation)
     };
     EXPECT_EQ(click(4, 3), "Q3DEF JO62qm");
     // JO62qm: 10*14 - 90 + 2 + 12.5*2.5/60 and 2*6 + 20*9 + 16.5*5/60 - 180 = 13.375.
-    EXPECT_NEAR(dxStation.latitude, 52.0 + 12.5 * 2.5 / 60, Tolerance);
-    EXPECT_NEAR(dxStation.longitude, 13.375, Tolerance);
+    EXPECT_NEAR(dxStation.latitude, 52.0 + 12.5 * 2.5 / 60, 1e-7);
+    EXPECT_NEAR(dxStation.longitude, 13.375, 1e-7);
     EXPECT_EQ(click(11, 1), "Q123456789A "); // cut to what the DX call holds
     EXPECT_EQ(click(3, 0), " "); // a heading row is a record too
 }

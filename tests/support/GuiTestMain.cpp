@@ -10,21 +10,17 @@
 #include <cstdlib>
 
 namespace {
-QTemporaryDir *homeDir;
+QString home; // fixed at the start, whatever HOME says later
 }
 
 namespace lunaquill::test {
 
-QString TestHome()
-{
-    return homeDir->path();
-}
+QString TestHome() { return home; }
 
 QString SettingsFolder()
 {
-    QString folder = TestHome() + "/AppData/Roaming/Lunaquill/";
-    QDir().mkpath(folder);
-    return folder;
+    QDir().mkpath(TestHome() + "/AppData/Roaming/Lunaquill/");
+    return TestHome() + "/AppData/Roaming/Lunaquill/";
 }
 
 void ClearTestHome()
@@ -39,9 +35,9 @@ int main(int argc, char **argv)
 {
     if (!getenv("QT_QPA_PLATFORM"))
         setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    QTemporaryDir home;
-    homeDir = &home;
-    setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    QTemporaryDir folder;
+    home = folder.path();
+    setenv("HOME", home.toLocal8Bit().constData(), 1);
     if (const char *source = getenv("LUNAQUILL_SOURCE_DIR"))
         QDir::setCurrent(source);
     QApplication app(argc, argv);

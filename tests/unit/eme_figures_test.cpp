@@ -38,18 +38,14 @@ TEST(PathLossAndDegradation, WorkedExamples)
     EXPECT_NEAR(Degradation(0.0, 1000.0, 144.0), -5.9417425, 1e-6);
 }
 
-TEST(DayNumber, CountsDaysFromTheStartOf2000)
-{
-    // Day 0 is 2000 January 0.0 UT, i.e. JD 2451543.5.
-    EXPECT_DOUBLE_EQ(DayNumber(2000, 1, 1, 12.0), 1.5);
-    EXPECT_DOUBLE_EQ(DayNumber(2025, 6, 1, 0.0), 9284.0);
-    // Within a year the truncating divisions still count real calendar days.
-    EXPECT_DOUBLE_EQ(DayNumber(2024, 3, 1, 0.0) - DayNumber(2024, 2, 28, 0.0), 2.0);
-    EXPECT_DOUBLE_EQ(DayNumber(2025, 3, 1, 0.0) - DayNumber(2025, 2, 28, 0.0), 1.0);
-}
-
 TEST(SubSourcePoint, AddsOneHundredAndEightyBelow180)
 {
+    // Day 0 is 2000 January 0.0 UT, i.e. JD 2451543.5; within a year the truncating divisions
+    // still count real calendar days.
+    EXPECT_DOUBLE_EQ(DayNumber(2000, 1, 1, 12.0), 1.5);
+    EXPECT_DOUBLE_EQ(DayNumber(2025, 6, 1, 0.0), 9284.0);
+    EXPECT_DOUBLE_EQ(DayNumber(2024, 3, 1, 0.0) - DayNumber(2024, 2, 28, 0.0), 2.0);
+    EXPECT_DOUBLE_EQ(DayNumber(2025, 3, 1, 0.0) - DayNumber(2025, 2, 28, 0.0), 1.0);
     // 2025-06-01: d = 9284 + UT / 24, sidereal angle 4.894961213 + 6.300388099 d radians;
     // x = fmod(15 ra - angle in degrees, 360), worked out by hand.
     const struct { int hour, minute, second; double raHours, longitude; } rows[] = {
