@@ -1,6 +1,7 @@
 // The band and favourites lists: the table against the calculator, clicks
 // that set the DX station, the refresh timer, and the favourites on the map.
 #include "AppTestSupport.h"
+#include "ui_MainWindow.h"
 #include "app/FavoritesDialog.h"
 #include "ui_FavoritesDialog.h"
 

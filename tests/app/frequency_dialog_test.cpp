@@ -2,6 +2,7 @@
 // keeps the change while only Ok (through the main window) saves it, or says
 // why it could not.
 #include "AppTestSupport.h"
+#include "ui_MainWindow.h"
 #include "app/FrequencyDialog.h"
 #include "ui_FrequencyDialog.h"
 

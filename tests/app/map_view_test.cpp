@@ -1,6 +1,7 @@
 // The world map in the window: clicks and hovering, what each layer shows
 // and where, and a window without its images.
 #include "AppTestSupport.h"
+#include "ui_MainWindow.h"
 
 #include "render/StarChartRenderer.h"
 

@@ -1,6 +1,7 @@
 // Configure -> Overlays, Configure -> Sources and the source button, driven
 // from the window: what is saved, and what the map and the panels show.
 #include "AppTestSupport.h"
+#include "ui_MainWindow.h"
 #include "render/OverlaysDialog.h"
 #include "tracking/SourcesDialog.h"
 #include "ui_OverlaysDialog.h"
