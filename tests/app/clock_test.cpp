@@ -12,8 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdlib>
-#include <string>
 #include <vector>
 
 using namespace lunaquill;
@@ -81,16 +79,10 @@ TEST(ClockText, DaysInThreePlacesAndFieldsOutOfRangeInsideTheBuffer)
         EXPECT_STREQ(ClockText(row.fields), row.text);
 }
 
-TEST(TimeConfig, TextsItemsAndOpeningOnTheDisplayedInstantAsUtc)
+TEST(TimeConfig, ItemsAndOpeningOnTheDisplayedInstantAsUtc)
 {
-    TimeConfigDialog dialog;
-    Ui::TimeConfigDialog *ui = dialog.widgets();
-    EXPECT_EQ(dialog.windowTitle() + ui->DateLabel->text() + ui->TimeLabel->text(),
-              "Time and Date ConfigurationDateTime");
-    EXPECT_EQ(dialog.size(), QSize(440, 247));
-    EXPECT_TRUE(dialog.isModal());
-    EXPECT_EQ(ui->buttonBox->standardButtons(), QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     // Box by box: count, first item, last item.
+    TimeConfigDialog dialog;
     QStringList items;
     for (const QComboBox *box : Boxes(dialog))
         items << QString("%1 %2-%3").arg(box->count()).arg(box->itemText(0),

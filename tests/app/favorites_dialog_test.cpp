@@ -5,26 +5,12 @@
 #include "app/FavoritesDialog.h"
 #include "ui_FavoritesDialog.h"
 
-#include <libnova/julian_day.h>
-
 using namespace lunaquill;
 using namespace lunaquill::test;
 
 namespace {
 
-void WriteList(const char *name, const char *text)
-{
-    QFile file(SettingsFolder() + name);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-}
-
-QString Date(double jd)
-{
-    ln_date d;
-    ln_get_date(jd, &d);
-    return QString::asprintf("%02d-%02d %02d:%02d", d.months, d.days, d.hours, d.minutes);
-}
+void WriteList(const char *name, const char *text) { WriteIni(text, SettingsFolder() + name); }
 
 class FavoritesDialogTest : public WindowTest
 {
@@ -51,13 +37,6 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         dialog = std::make_unique<FavoritesDialog>("Eme144M.txt", true);
     } while (DisplayedTime() != shown);
     QTableWidget *table = dialog->widgets()->tableWidget;
-    EXPECT_EQ(dialog->windowTitle(), "Favorites List");
-    EXPECT_EQ(dialog->size(), QSize(981, 729));
-    QStringList headers;
-    for (int column = 0; column < table->columnCount(); ++column)
-        headers << table->horizontalHeaderItem(column)->text();
-    EXPECT_EQ(headers.join('|'), "Location|Callsign|Grid|Azimuth|Elevation|Rise Time|Set Time|"
-                                 "Doppler|Spatial Offset");
     ASSERT_EQ(table->rowCount(), 3);
 
     const struct tm utc = *gmtime(&shown);
@@ -74,12 +53,11 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         ComputeSource(Moon, TrackPosition, utc, s.latitude, s.longitude, 144.1, moon);
         ComputeSource(Moon, TrackAll, utc, s.latitude, s.longitude, 144.1, moon);
         ASSERT_GT(std::abs(moon.elevation), 2.0) << "choose an instant away from moonrise";
-        const QString expected =
-            QStringList{s.location, s.call, s.grid,
-                        QString::asprintf("%0.2f|%0.2f", moon.azimuth, moon.elevation),
-                        Date(moon.riseTime), Date(moon.setTime),
-                        QString::asprintf("%0.1f Hz|%0.1f", moon.doppler, moon.spatialOffset)}
-                .join('|');
+        const std::string expected =
+            std::string(s.location) + "|" + s.call + "|" + s.grid + "|" +
+            Format("%0.2f|", moon.azimuth) + Format("%0.2f|", moon.elevation) +
+            DateText("", moon.riseTime) + "|" + DateText("", moon.setTime) + "|" +
+            Format("%0.1f Hz|", moon.doppler) + Format("%0.1f", moon.spatialOffset);
         const QColor background = moon.elevation > 0 ? QColor(172, 255, 172)
                                                      : QColor(190, 190, 190);
         QStringList cells;
@@ -89,7 +67,7 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
             EXPECT_EQ(item->background().color(), background) << row << "," << column;
             EXPECT_EQ(item->foreground().color(), QColor(Qt::black));
         }
-        EXPECT_EQ(cells.join('|').toStdString(), expected.toStdString());
+        EXPECT_EQ(cells.join('|').toStdString(), expected);
         if (moon.elevation > 0) { // during a pass: the rise of this pass, the set to come
             ++up;
             EXPECT_TRUE(moon.riseTime < jd && moon.setTime > jd);
