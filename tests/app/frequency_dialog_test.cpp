@@ -1,6 +1,5 @@
-// The frequency dialog: what it shows, what typing does, and that a cancel
-// keeps the change while only Ok (through the main window) saves it, or says
-// why it could not.
+// The frequency dialog: typing, a cancel that keeps the change, and Ok from
+// the main window that saves it or says why it could not.
 #include "AppTestSupport.h"
 #include "ui_MainWindow.h"
 #include "app/FrequencyDialog.h"
@@ -20,7 +19,7 @@ TEST_F(FrequencyDialogTest, ShowsTypesAndKeepsTheChangeOnCancel)
     homeData.frequency = 1296.0;
     FrequencyDialog dialog;
     Ui::FrequencyDialog *ui = dialog.widgets();
-    EXPECT_EQ(ui->FrequencyEdit->text(), "1296.00");
+    EXPECT_EQ(ui->FrequencyEdit->text(), "1296.00"); // two decimals
     // The leading number, as C's atof reads it in the C locale; none gives 0,
     // and so does one that is not finite. The last stands after a cancel.
     struct Row { const char *typed; double megahertz; };
