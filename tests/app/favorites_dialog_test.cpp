@@ -74,9 +74,10 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
 
 TEST_F(FavoritesDialogTest, AClickSetsTheDxStationAndOkChecksItsGrid)
 {
-    const struct { int row; const char *call, *grid; double latitude; int set; } rows[] = {
-        {0, "Q1ABC", "FN42", 42.5208333, 1},
-        {2, "Q3BAD", "MOON", 0.0, 0}, // blank row: still copied, but no DX station
+    const struct { int row; const char *call, *grid; double latitude, longitude; int set; }
+        rows[] = {
+        {0, "Q1ABC", "FN42", 42.5208333, -70.9583333, 1},
+        {2, "Q3BAD", "MOON", 0.0, 0.0, 0}, // blank row: still copied, but no DX station
     };
     for (const auto &r : rows) {
         dxStation = {};
@@ -92,6 +93,7 @@ TEST_F(FavoritesDialogTest, AClickSetsTheDxStationAndOkChecksItsGrid)
         EXPECT_EQ(QString(dxStation.callsign) + dxStation.grid + dxStation.location,
                   QString(r.call) + r.grid + "kept");
         EXPECT_NEAR(dxStation.latitude, r.latitude, 1e-6);
+        EXPECT_NEAR(dxStation.longitude, r.longitude, 1e-6);
         EXPECT_EQ(dxStationSet, r.set) << r.grid;
     }
 }

@@ -153,18 +153,24 @@ protected:
         return f.isEmpty() ? -1 : f[0].toLongLong();
     }
 
-    // Where the dummy rotator points, to the two decimals it is sent.
-    QString Pointed()
+    // Where the dummy rotator points once it stands still, to the two decimals
+    // it is sent. Its fast clock turns it 75 degrees in the 25 ms between reads.
+    std::string Pointed()
     {
-        QTest::qWait(50); // the dummy's own fast clock arrives well within this
-        const QList<QByteArray> p = Query(rotatorPort, "p", 2);
-        return p.size() < 2 ? "" : At(p[0].toDouble(), p[1].toDouble());
+        std::string last, now;
+        for (int read = 0; read < 40 && (now.empty() || now != last); ++read) {
+            QTest::qWait(25);
+            last = now;
+            const QList<QByteArray> p = Query(rotatorPort, "p", 2);
+            now = p.size() < 2 ? "" : At(p[0].toDouble(), p[1].toDouble());
+        }
+        return now;
     }
-    static QString At(double azimuth, double elevation)
+    static std::string At(double azimuth, double elevation)
     {
-        return QString::asprintf("%.2f %.2f", azimuth, elevation);
+        return QString::asprintf("%.2f %.2f", azimuth, elevation).toStdString();
     }
-    static QString At(const SourceTrack &t) { return At(t.azimuth, t.elevation); }
+    static std::string At(const SourceTrack &t) { return At(t.azimuth, t.elevation); }
 
     void ApplyMode(int32_t mode, double minimumElevation = 0.0)
     {
