@@ -1,29 +1,14 @@
 // The band and favourites lists: the table against the calculator, clicks
 // that set the DX station, the refresh timer, and the favourites on the map.
 #include "AppTestSupport.h"
+#include "ui_MainWindow.h"
 #include "app/FavoritesDialog.h"
 #include "ui_FavoritesDialog.h"
-
-#include <libnova/julian_day.h>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
 
 namespace {
-
-void WriteList(const char *name, const char *text)
-{
-    QFile file(SettingsFolder() + name);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-}
-
-QString Date(double jd)
-{
-    ln_date d;
-    ln_get_date(jd, &d);
-    return QString::asprintf("%02d-%02d %02d:%02d", d.months, d.days, d.hours, d.minutes);
-}
 
 class FavoritesDialogTest : public WindowTest
 {
@@ -34,9 +19,9 @@ protected:
         homeData.frequency = 144.1;
         // FN42 and OE47 lie almost antipodal, so the Moon is up at exactly one
         // of them; MOON is no locator; nothing after ZZZZZZ is read.
-        WriteList("Eme144M.txt", "/ test list\nQ1ABC,FN42,a,b,c,d,Boston\n"
-                                 "Q2XYZ,OE47,a,b,c,d,Indian Ocean\nQ3BAD,MOON,a,b,c,d,Nowhere\n"
-                                 "ZZZZZZ,,,,,,\nQ4NOT,JO62,a,b,c,d,after the end\n");
+        WriteIni("/ test list\nQ1ABC,FN42,a,b,c,d,Boston\nQ2XYZ,OE47,a,b,c,d,Indian Ocean\n"
+                 "Q3BAD,MOON,a,b,c,d,Nowhere\nZZZZZZ,,,,,,\nQ4NOT,JO62,a,b,c,d,after the end\n",
+                 SettingsFolder() + "Eme144M.txt");
     }
 };
 
@@ -50,17 +35,9 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         dialog = std::make_unique<FavoritesDialog>("Eme144M.txt", true);
     } while (DisplayedTime() != shown);
     QTableWidget *table = dialog->widgets()->tableWidget;
-    EXPECT_EQ(dialog->windowTitle(), "Favorites List");
-    EXPECT_EQ(dialog->size(), QSize(981, 729));
-    QStringList headers;
-    for (int column = 0; column < table->columnCount(); ++column)
-        headers << table->horizontalHeaderItem(column)->text();
-    EXPECT_EQ(headers.join('|'), "Location|Callsign|Grid|Azimuth|Elevation|Rise Time|Set Time|"
-                                 "Doppler|Spatial Offset");
     ASSERT_EQ(table->rowCount(), 3);
 
     const struct tm utc = *gmtime(&shown);
-    const double jd = 2440587.5 + shown / 86400.0;
     const struct { const char *location, *call, *grid; double latitude, longitude; } stations[] = {
         {"Boston", "Q1ABC", "FN42", 42.5208333, -70.9583333}, // worked example of the locator
         // 40 - 90 + 7 + 12.5 * 2.5 / 60, 8 + 280 + 12.5 * 5 / 60 - 180
@@ -73,12 +50,11 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         ComputeSource(Moon, TrackPosition, utc, s.latitude, s.longitude, 144.1, moon);
         ComputeSource(Moon, TrackAll, utc, s.latitude, s.longitude, 144.1, moon);
         ASSERT_GT(std::abs(moon.elevation), 2.0) << "choose an instant away from moonrise";
-        const QString expected =
-            QStringList{s.location, s.call, s.grid,
-                        QString::asprintf("%0.2f|%0.2f", moon.azimuth, moon.elevation),
-                        Date(moon.riseTime), Date(moon.setTime),
-                        QString::asprintf("%0.1f Hz|%0.1f", moon.doppler, moon.spatialOffset)}
-                .join('|');
+        const std::string expected =
+            std::string(s.location) + "|" + s.call + "|" + s.grid + "|" +
+            Format("%0.2f|", moon.azimuth) + Format("%0.2f|", moon.elevation) +
+            DateText("", moon.riseTime) + "|" + DateText("", moon.setTime) + "|" +
+            Format("%0.1f Hz|", moon.doppler) + Format("%0.1f", moon.spatialOffset);
         const QColor background = moon.elevation > 0 ? QColor(172, 255, 172)
                                                      : QColor(190, 190, 190);
         QStringList cells;
@@ -88,11 +64,8 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
             EXPECT_EQ(item->background().color(), background) << row << "," << column;
             EXPECT_EQ(item->foreground().color(), QColor(Qt::black));
         }
-        EXPECT_EQ(cells.join('|').toStdString(), expected.toStdString());
-        if (moon.elevation > 0) { // during a pass: the rise of this pass, the set to come
-            ++up;
-            EXPECT_TRUE(moon.riseTime < jd && moon.setTime > jd);
-        }
+        EXPECT_EQ(cells.join('|').toStdString(), expected);
+        up += moon.elevation > 0;
     }
     EXPECT_EQ(up, 1);
     for (int column = 0; column < 9; ++column)
@@ -128,7 +101,7 @@ TEST_F(FavoritesDialogTest, AClickSetsTheDxStationAndOkChecksItsGrid)
 // The table and its timer as the list and the clock allow: 100 ms only ahead of now.
 TEST_F(FavoritesDialogTest, TableAndRefreshAsTheListAndTheClockAllow)
 {
-    WriteList("Eme50M.txt", "ZZZZZZ,,,,,,\nQ1ABC,FN42,a,b,c,d,x\n");
+    WriteIni("ZZZZZZ,,,,,,\nQ1ABC,FN42,a,b,c,d,x\n", SettingsFolder() + "Eme50M.txt");
     const struct { const char *file; bool show; int offset, count, rows, interval; } cases[] = {
         {"Eme144M.txt", true, -1, 3, 3, 5000}, {"Eme144M.txt", true, 0, 3, 3, 5000},
         {"Eme144M.txt", true, 1, 3, 3, 100},   {"Eme50M.txt", true, 1, 0, 0, 100},
@@ -158,7 +131,8 @@ TEST_F(FavoritesDialogTest, TableAndRefreshAsTheListAndTheClockAllow)
 
 TEST_F(FavoritesDialogTest, FavouritesAreMarkedOnTheMap)
 {
-    WriteList("Favorites.txt", "Q1ABC,FN42,a,b,c,d,Boston\nQ3BAD,MOON,a,b,c,d,x\n");
+    WriteIni("Q1ABC,FN42,a,b,c,d,Boston\nQ3BAD,MOON,a,b,c,d,x\n",
+             SettingsFolder() + "Favorites.txt");
     Open(nullptr);
     ASSERT_EQ(ui->WorldMap->size(), QSize(1600, 800));
     overlaySettings = {};

@@ -1,9 +1,8 @@
-// The time controls of the main window, clicked for real: step buttons and
-// their styles, play mode, back to now, the offset's limits, and the date
-// dialog through Ok.
+// The time controls of the main window, clicked for real: steps and play,
+// back to now, the offset's limits, the date dialog and the view button.
 #include "AppTestSupport.h"
+#include "ui_MainWindow.h"
 #include "app/TimeConfigDialog.h"
-#include "tracking/EmeFigures.h"
 #include "ui_TimeConfigDialog.h"
 
 #include <QComboBox>
@@ -24,6 +23,8 @@ protected:
         WindowTest::SetUp();
         Open(nullptr, false);
     }
+
+    void Click(QAbstractButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
 };
 
 // The instant a clock text shows ("Sun Jun  1 00:00:00 2025", UTC).
@@ -46,7 +47,7 @@ TEST_F(TimeControlsTest, StepButtonsMoveTheClockAndMarkTheActiveStep)
     int32_t expected = 0;
     for (const Row &row : rows) {
         homeTracks[Moon].valid = 0;
-        QTest::mouseClick(row.button, Qt::LeftButton);
+        Click(row.button);
         expected += row.step;
         EXPECT_EQ(displayOffset, expected) << row.button->objectName().toStdString();
         EXPECT_EQ(window->step(), row.step);
@@ -57,48 +58,56 @@ TEST_F(TimeControlsTest, StepButtonsMoveTheClockAndMarkTheActiveStep)
     }
 }
 
-TEST_F(TimeControlsTest, PlayAddsTheStepOnceASecondAndTheClockFollowsTheMap)
+TEST_F(TimeControlsTest, PlayAddsTheStepOnceASecondUntilBackToNow)
 {
     Tick(50); // the play counter, unlike the panels', is not reset by the step below
-    QTest::mouseClick(ui->TimeAdjustWeekPButton, Qt::LeftButton);
-    QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
+    Click(ui->TimeAdjustWeekPButton);
+    Click(ui->TimeAdjustPlayButton);
     EXPECT_TRUE(window->isPlaying());
     EXPECT_EQ(Style(ui->TimeAdjustPlayButton), kDarkBlueStyle);
     EXPECT_EQ(displayOffset, 604800); // nothing moves until the next play step
 
     // Within 101 ticks the offset moves by one step, then every 101 ticks;
-    // the tick after a step shows the clock of the map's instant, the one
-    // the sources were computed for: Cygnus A stands still in the sky, so
-    // its sub-point moves a degree every four minutes of the clock (a week
-    // behind would be 7 degrees off).
+    // the tick after a step shows the clock of the instant just computed.
     for (int step = 2; step <= 4; ++step) {
         for (int ticks = 0; displayOffset < step * 604800 && ticks < 101; ++ticks)
             Tick();
         ASSERT_EQ(displayOffset, step * 604800);
         Tick();
-        struct tm shown {};
-        const time_t instant = ClockInstant(ui->DateTimeButton->text());
-        gmtime_r(&instant, &shown);
-        const SourceTrack &cygnus = homeTracks[CygnusA];
-        double latitude, longitude;
-        SubSourcePoint(shown, cygnus.rightAscension, cygnus.declination, latitude, longitude);
-        EXPECT_NEAR(std::remainder(longitude - cygnus.subLongitude, 360.0), 0.0, 0.01) << step;
+        EXPECT_NEAR(double(ClockInstant(ui->DateTimeButton->text())),
+                    double(time(nullptr)) + displayOffset, 2.0) << step;
     }
 
     // A step button changes the step at once, and play goes on with it.
-    QTest::mouseClick(ui->TimeAdjustDayMButton, Qt::LeftButton);
+    Click(ui->TimeAdjustDayMButton);
     Tick(101);
     const int32_t played = 4 * 604800 - 2 * 86400;
     EXPECT_EQ(displayOffset, played);
-
     // Play off: grey again, the step kept, the offset stands still.
-    QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
-    EXPECT_FALSE(window->isPlaying());
+    Click(ui->TimeAdjustPlayButton);
     EXPECT_EQ(Style(ui->TimeAdjustPlayButton) + Style(ui->TimeAdjustDayMButton),
               std::string(kGrayStyle) + kGrayStyle);
     EXPECT_EQ(window->step(), -86400);
     Tick(202);
     EXPECT_EQ(displayOffset, played);
+
+    // Back to now stops play and forgets the step and its colour.
+    Click(ui->TimeAdjustPlayButton);
+    Click(ui->DateTimeButton);
+    EXPECT_FALSE(window->isPlaying());
+    EXPECT_EQ(displayOffset, 0);
+    EXPECT_EQ(window->step(), 0);
+    EXPECT_EQ(Style(ui->TimeAdjustPlayButton) + Style(ui->TimeAdjustDayMButton),
+              std::string(kGrayStyle) + kGrayStyle);
+    // Play with step 0: the offset stays 0 while every source is recomputed
+    // each second and each refresh asks for every figure (rise and set too).
+    Click(ui->TimeAdjustPlayButton);
+    ui->HomeRiseTime->setText("r");
+    homeTracks[Jupiter].valid = 0; // recomputed only with all sources
+    Tick(102);
+    EXPECT_EQ(displayOffset, 0);
+    EXPECT_EQ(homeTracks[Jupiter].valid, 1);
+    EXPECT_NE(ui->HomeRiseTime->text(), "r");
 }
 
 TEST_F(TimeControlsTest, AfterADayStepTheNextTickShowsTheNewDaysFigures)
@@ -107,23 +116,17 @@ TEST_F(TimeControlsTest, AfterADayStepTheNextTickShowsTheNewDaysFigures)
     for (uint32_t source : {Moon, Sun}) {
         homeData.trackingSource = int32_t(source);
         Refresh(); // the panel counter starts again from 0
-        QTest::mouseClick(ui->TimeAdjustDayPButton, Qt::LeftButton);
+        Click(ui->TimeAdjustDayPButton);
         Tick(); // the next tick, long before the next second's refresh
         time_t shown = ClockInstant(ui->DateTimeButton->text());
         ASSERT_NEAR(double(shown), double(DisplayedTime()), 2.0);
         const double jd = ln_get_julian_from_timet(&shown);
         const SourceTrack &track = homeTracks[source];
-        ln_date rise, set;
-        ln_get_date(track.riseTime, &rise);
-        ln_get_date(track.setTime, &set);
-        EXPECT_EQ(ui->HomeRiseTime->text() + ui->HomeSetTime->text(),
-                  QString::asprintf("Rise: %02d-%02d %02d:%02dSet: %02d-%02d %02d:%02d",
-                                    rise.months, rise.days, rise.hours, rise.minutes,
-                                    set.months, set.days, set.hours, set.minutes));
+        EXPECT_EQ(Texts({ui->HomeRiseTime, ui->HomeSetTime}),
+                  DateText("Rise: ", track.riseTime) + "|" + DateText("Set: ", track.setTime));
         EXPECT_LT(std::fabs(track.riseTime - jd), 1.1); // of the new day, not the last
         if (source == Sun) {
-            EXPECT_EQ(ui->Distance->text(),
-                      QString::asprintf("%9.6f AU", ln_get_earth_solar_dist(jd)));
+            EXPECT_EQ(Text(ui->Distance), Format("%9.6f AU", ln_get_earth_solar_dist(jd)));
         }
     }
 }
@@ -139,7 +142,7 @@ TEST_F(TimeControlsTest, WeekStepsStopAtTheOffsetsLimits)
     for (const auto &row : rows) {
         displayOffset = row.start;
         for (int press = 0; press < 2; ++press) {
-            QTest::mouseClick(row.button, Qt::LeftButton);
+            Click(row.button);
             Tick();
             EXPECT_EQ(displayOffset, row.limit) << press;
             EXPECT_NEAR(double(ClockInstant(ui->DateTimeButton->text())),
@@ -148,55 +151,23 @@ TEST_F(TimeControlsTest, WeekStepsStopAtTheOffsetsLimits)
     }
 }
 
-TEST_F(TimeControlsTest, BackToNowThenPlayRunsWithRealTime)
-{
-    QTest::mouseClick(ui->TimeAdjustDayMButton, Qt::LeftButton);
-    QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
-    QTest::mouseClick(ui->DateTimeButton, Qt::LeftButton);
-    EXPECT_FALSE(window->isPlaying());
-    EXPECT_EQ(displayOffset, 0);
-    EXPECT_EQ(window->step(), 0);
-    EXPECT_EQ(Style(ui->TimeAdjustPlayButton) + Style(ui->TimeAdjustDayMButton),
-              std::string(kGrayStyle) + kGrayStyle);
-
-    // Play with step 0: the offset stays 0 while every source is recomputed
-    // each second and each refresh asks for every figure (rise and set too).
-    QTest::mouseClick(ui->TimeAdjustPlayButton, Qt::LeftButton);
-    ui->HomeRiseTime->setText("r");
-    homeTracks[Jupiter].valid = 0; // recomputed only with all sources
-    Tick(102);
-    EXPECT_EQ(displayOffset, 0);
-    EXPECT_EQ(homeTracks[Jupiter].valid, 1);
-    EXPECT_NE(ui->HomeRiseTime->text(), "r");
-}
-
-TEST_F(TimeControlsTest, DateDialogSetsTheClockInUtcOnOkOnly)
+TEST_F(TimeControlsTest, DateDialogSetsTheClockInUtcAndTheViewButtonSavesNothing)
 {
     // 1 June 2025 00:00:00 entered; the next tick shows it (a second may have passed).
     WhenOpen<TimeConfigDialog>([](TimeConfigDialog &d) {
-        for (QComboBox *box : {d.widgets()->YearComboBox, d.widgets()->MonthComboBox,
-                               d.widgets()->DayComboBox, d.widgets()->HoursComboBox,
-                               d.widgets()->MinutesComboBox, d.widgets()->SecondsComboBox})
-            box->setCurrentIndex(box == d.widgets()->YearComboBox ? 25
-                                 : box == d.widgets()->MonthComboBox ? 5 : 0);
+        Ui::TimeConfigDialog *boxes = d.widgets();
+        boxes->YearComboBox->setCurrentIndex(25);
+        boxes->MonthComboBox->setCurrentIndex(5);
+        for (QComboBox *box : {boxes->DayComboBox, boxes->HoursComboBox,
+                               boxes->MinutesComboBox, boxes->SecondsComboBox})
+            box->setCurrentIndex(0);
     }, QDialogButtonBox::Ok);
-    QTest::mouseClick(ui->SetDateTimeButton, Qt::LeftButton);
+    Click(ui->SetDateTimeButton);
     Tick();
-    EXPECT_NEAR(double(ClockInstant(ui->DateTimeButton->text())), 1748736000.0, 1.0);
     EXPECT_TRUE(ui->DateTimeButton->text().startsWith("Sun Jun  1 00:00:0"));
 
-    const int32_t offset = displayOffset;
-    WhenOpen<TimeConfigDialog>(
-        [](TimeConfigDialog &d) { d.widgets()->YearComboBox->setCurrentIndex(40); },
-        QDialogButtonBox::Cancel);
-    QTest::mouseClick(ui->SetDateTimeButton, Qt::LeftButton);
-    EXPECT_EQ(displayOffset, offset);
-}
-
-TEST_F(TimeControlsTest, ViewButtonFlipsTheChartViewWithoutSaving)
-{
     for (bool charts : {true, false}) {
-        QTest::mouseClick(ui->ViewModeButton, Qt::LeftButton);
+        Click(ui->ViewModeButton);
         EXPECT_EQ(overlaySettings.StarChartOverlay, charts);
         EXPECT_EQ(ui->WorldMap->isHidden(), charts);
     }

@@ -1,4 +1,6 @@
-// Helpers for tests that drive the main window and its modal dialogs.
+// Helpers for tests that drive the main window and its modal dialogs. Each test
+// includes "ui_MainWindow.h" itself: the form's header is made only for a
+// source that names it.
 #pragma once
 
 #include "GuiTestSupport.h"
@@ -7,20 +9,21 @@
 #include "app/PanelStyles.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
-#include "ui_MainWindow.h"
 
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
+#include <libnova/julian_day.h>
 
 #include <cmath>
 #include <functional>
-#include <initializer_list>
 #include <memory>
 #include <string>
 
@@ -28,17 +31,33 @@ namespace lunaquill::test {
 
 inline QString IniPath() { return SettingsFolder() + "Lunaquill.ini"; }
 
-inline void WriteIni(const QByteArray &text)
+// Writes a file (by default the settings file), making its folder.
+inline void WriteIni(const QByteArray &text, const QString &path = IniPath())
 {
-    QFile file(IniPath());
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
     file.write(text);
 }
 
-inline QByteArray ReadIni()
+inline QByteArray ReadIni(const QString &path = IniPath())
 {
-    QFile file(IniPath());
+    QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline std::string Format(const char *format, double value)
+{
+    return QString::asprintf(format, value).toStdString();
+}
+
+// A rise or set time as the panels and lists show it: "MM-DD HH:MM" after `prefix`.
+inline std::string DateText(const char *prefix, double jd)
+{
+    ln_date d;
+    ln_get_date(jd, &d);
+    return QString::asprintf("%s%02d-%02d %02d:%02d", prefix, d.months, d.days, d.hours, d.minutes)
+        .toStdString();
 }
 
 inline std::string Text(const QAbstractButton *button) { return button->text().toStdString(); }
