@@ -1,10 +1,8 @@
 // The world map in the window: clicks and hovering, what each layer shows
-// and where, and a window without its images.
+// and where, and the charts without OpenGL.
 #include "AppTestSupport.h"
 #include "ui_MainWindow.h"
 #include "render/StarChartRenderer.h"
-
-#include <QTemporaryDir>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
@@ -113,35 +111,6 @@ TEST_F(MapViewTest, HoverShowsTheReadOutLeavingOrFiveSecondsClearIt)
     EXPECT_FALSE(window->redrawIsRequested());
 }
 
-TEST_F(MapViewTest, SunIconAndShadeStandAtItsSubPoint)
-{
-    Open("[HOME_DATA]\nGrid=FN42mm\nLatitude=42.51\nLongitude=-70.96\n");
-    overlaySettings = {}; // the Sun and its shade alone
-    overlaySettings.SunOverlay = overlaySettings.SunShadingOverlay = true;
-    // Displayed instant 2025-06-21 12:00:00 UTC, the June solstice.
-    displayOffset = (int32_t)(1750507200 - time(nullptr));
-    window->TimeAdjusted();
-
-    // The rule of SubSourcePoint, worked through (so a check of the icon's
-    // placement, not of the rule): the Sun's declination at the solstice is
-    // +23.44. Its right ascension, 6.0275 h = 90.41 deg, less the sidereal
-    // angle of the day number 9304.5 (4.894961213 + 6.300388099 d rad =
-    // 271.42 deg mod 360) gives -181.00; below -180, 180 is added: -1.00.
-    // The true sub-solar longitude then is about +0.47 (right ascension of
-    // date less Greenwich apparent sidereal time, 89.94 deg).
-    EXPECT_NEAR(homeTracks[Sun].subLatitude, 23.44, 0.01);
-    EXPECT_NEAR(homeTracks[Sun].subLongitude, -1.00, 0.01);
-    // Map pixel trunc((-1.00 + 180) / 0.225) = 795, trunc((90 - 23.44) / 0.225) = 295:
-    // the middle of the yellow Sun icon.
-    const QColor centre = window->screenOverlayPixmap().toImage().pixelColor(795, 295);
-    EXPECT_TRUE(centre.red() > 200 && centre.green() > 150 && centre.blue() < 120)
-        << centre.name().toStdString();
-    // Its shade: day beneath it, night at the antipode (-23.44, 179.0).
-    const QImage shade = window->sunShadePixmap().toImage();
-    EXPECT_EQ(shade.pixel(795, 295), qRgb(255, 255, 255));
-    EXPECT_EQ(shade.pixel(1595, 504), qRgb(0, 0, 0));
-}
-
 TEST_F(MapViewTest, EachLayerOnlyWhenItsSwitchAllowsAndItsBodyWasComputed)
 {
     Open("[HOME_DATA]\nGrid=FN42mm\nLatitude=42.51\nLongitude=-70.96\n"
@@ -177,33 +146,6 @@ TEST_F(MapViewTest, WithoutOpenGlTheChartsStayThePlainDial)
     for (QLabel *chart : {ui->StarChart1, ui->StarChart2})
         EXPECT_EQ(chart->pixmap().toImage().convertToFormat(dial.format()), dial);
     EXPECT_FALSE(ui->WorldMap->isVisible());
-}
-
-TEST_F(MapViewTest, MissingOrCorruptImagesLeaveTheMapBlankWithoutACrash)
-{
-    const QString source = QDir::currentPath();
-    for (bool corrupt : {false, true}) {
-        QTemporaryDir folder;
-        if (corrupt) { // every image the window loads, as junk bytes
-            QDir(folder.path()).mkdir("pixmaps");
-            for (const QString &name : QDir(source + "/pixmaps").entryList(QDir::Files)) {
-                QFile junk(folder.path() + "/pixmaps/" + name);
-                ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
-                junk.write(QByteArray(3000, '\x89') + "PNG JFIF junk");
-            }
-        }
-        QDir::setCurrent(folder.path());
-        Open(nullptr);
-        Tick(200);
-        window->TimeAdjusted();
-        window->ViewModeButtonPressed();
-        window->ViewModeButtonPressed();
-        Mouse(QEvent::MouseMove, MapPixel(500, 200), Qt::NoButton);
-        Tick();
-        EXPECT_TRUE(window->baseMapPixmap().isNull() && ui->WorldMap->pixmap().isNull()) << corrupt;
-        window.reset();
-        QDir::setCurrent(source);
-    }
 }
 
 } // namespace

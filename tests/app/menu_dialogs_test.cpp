@@ -26,12 +26,17 @@ using MenuDialogsTest = WindowTest;
 TEST_F(MenuDialogsTest, OverlaysCancelKeepsTheSwitchesInMemoryOkSavesThem)
 {
     Open(kBoston);
-    // 2025-06-21 12:00 UTC: the Sun's icon is centred on map pixel (795, 295)
-    // (sub-point 23.44 N, 1.00 W; worked out in the map view test).
+    // 2025-06-21 12:00 UTC, the June solstice: declination +23.44. The right
+    // ascension, 90.41 deg, less the sidereal angle of day number 9304.5
+    // (4.894961213 + 6.300388099 d rad = 271.42 deg) gives -181.00; below -180,
+    // 180 is added, as built: -1.00 (the true sub-solar longitude is +0.47).
+    // Icon centred on map pixel trunc(179 / 0.225) = 795, trunc(66.56 / 0.225) = 295.
     displayOffset = (int32_t)(1750507200 - time(nullptr));
     overlaySettings = {}; // nothing but the Sun over the map
     overlaySettings.SunOverlay = true;
     window->TimeAdjusted();
+    EXPECT_NEAR(homeTracks[Sun].subLatitude, 23.44, 0.01);
+    EXPECT_NEAR(homeTracks[Sun].subLongitude, -1.00, 0.01);
     Tick(); // takes the rebuild the resize asked for
     auto sunShown = [&] {
         return window->screenOverlayPixmap().toImage().pixel(795, 295)
@@ -41,14 +46,22 @@ TEST_F(MenuDialogsTest, OverlaysCancelKeepsTheSwitchesInMemoryOkSavesThem)
     WhenOpen<OverlaysDialog>([](OverlaysDialog &d) { d.widgets()->SunCheckbox->click(); },
                              QDialogButtonBox::Cancel);
     ui->actionOverlays->trigger();
-    // Cancelled: nothing saved, but the switch holds in memory and shows at
-    // the next rebuild of the overlays, which comes by itself every 6001 ticks.
-    Tick(6001);
+    // Cancelled: nothing saved, nothing redrawn at once, but the switch holds in
+    // memory for the overlays' rebuilds, which come by themselves every 6001 ticks.
     EXPECT_FALSE(ReadIni().contains("OVERLAYS"));
+    EXPECT_TRUE(sunShown());
+    std::vector<int> rebuiltAt;
+    for (int tick = 1; rebuiltAt.size() < 2 && tick < 13000; ++tick) {
+        const qint64 key = window->screenOverlayPixmap().cacheKey();
+        Tick();
+        if (window->screenOverlayPixmap().cacheKey() != key)
+            rebuiltAt.push_back(tick);
+    }
+    ASSERT_EQ(rebuiltAt.size(), 2u);
+    EXPECT_EQ(rebuiltAt[1] - rebuiltAt[0], 6001);
     EXPECT_FALSE(sunShown());
-    window.reset(); // the next start reads the file: the Sun is back
+    window.reset();
     Open((kBoston + QByteArray("[OVERLAYS]\nLongitudeGridlines=false\n")).constData());
-    EXPECT_TRUE(overlaySettings.SunOverlay);
 
     const QImage unrolled = window->baseMapPixmap().toImage();
     WhenOpen<OverlaysDialog>([](OverlaysDialog &d) {
