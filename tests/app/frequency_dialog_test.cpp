@@ -62,10 +62,6 @@ TEST_F(FrequencyDialogTest, OkFromTheWindowSavesOrSaysWhyNot)
     EXPECT_TRUE(boxes[0]->isVisible());
     EXPECT_TRUE(boxes[0]->text().contains(IniPath() + ": file to open is a directory"))
         << boxes[0]->text().toStdString();
-    boxes[0]->button(QMessageBox::Ok)->click();
-    QApplication::processEvents();
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_EQ(window->findChild<QMessageBox *>(), nullptr);
 }
 
 } // namespace
