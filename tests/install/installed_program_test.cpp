@@ -53,8 +53,8 @@ int Pixels(bool any = false)
     return count;
 }
 
-// The installed program, started in an empty folder with an empty home, once its window has
-// been drawn and has settled (or after a minute).
+// The installed program, started in an empty folder with an empty home: the map is shown
+// within a minute.
 TEST(InstallTree, InstalledProgramShowsTheMapFromAnyFolder)
 {
     if (QGuiApplication::platformName() != "xcb")
@@ -68,23 +68,18 @@ TEST(InstallTree, InstalledProgramShowsTheMapFromAnyFolder)
     lunaquill.setProcessEnvironment(environment);
     lunaquill.start(Path("bin/lunaquill"), {});
     lunaquill.waitForStarted();
-    QElapsedTimer clock;
-    clock.start();
-    int drawn = 0;
-    for (int settled = 0, last = -1; settled < 3 && clock.elapsed() < 60000
-                                     && lunaquill.state() == QProcess::Running;) {
-        QThread::msleep(300);
-        drawn = Pixels(true);
-        settled = drawn > 1000000 && drawn == last ? settled + 1 : 0;
-        last = drawn;
-    }
     // The window is 1640 x 960 with a map of 1600 x 800, most of it ocean and radio sky; a
     // blank map (the images not found) gives under a tenth of that.
-    EXPECT_GT(Pixels(), 400000) << "no map";
+    constexpr int kMapShown = 400000;
+    QElapsedTimer clock;
+    clock.start();
+    while (Pixels() < kMapShown && clock.elapsed() < 60000
+           && lunaquill.state() == QProcess::Running)
+        QThread::msleep(300);
+    EXPECT_GT(Pixels(), kMapShown) << "no map";
     EXPECT_EQ(lunaquill.state(), QProcess::Running) << "the program did not start or ended";
     lunaquill.kill();
     lunaquill.waitForFinished();
-    EXPECT_GT(drawn, 1000000) << "the window did not open";
     EXPECT_TRUE(QDir(folder.path()).isEmpty()) << "the program wrote into its start folder";
 }
 
