@@ -145,9 +145,7 @@ TEST(SubSourcePoint, AddsOneHundredAndEightyBelow180)
         {12, 34, 56, 6.0, 9.539157105609775}, // x = -170.46
     };
     for (const auto &row : rows) {
-        struct tm utc {};
-        utc.tm_year = 125, utc.tm_mon = 5, utc.tm_mday = 1;
-        utc.tm_hour = row.hour, utc.tm_min = row.minute, utc.tm_sec = row.second;
+        const struct tm utc = Utc(kJune1 + row.hour * 3600 + row.minute * 60 + row.second);
         double lat = 0, lon = 0;
         SubSourcePoint(utc, row.raHours, 12.5, lat, lon);
         EXPECT_DOUBLE_EQ(lat, 12.5);
