@@ -111,8 +111,7 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     const struct { float north, east; } offsets[] = {{0, 0}, {0, 10}, {10, 0}, {0, -10}, {-10, 0}};
     for (const auto &s : stations) {
         const QImage chart = render(overlay, s.latitude, s.longitude);
-        // The outline 200 tan(asin(1 / 2.7)) / tan 22.5 = 192.5 pixels out;
-        // beyond it the cleared background.
+        // The outline 200 tan(asin(1 / 2.7)) / tan 22.5 = 192.5 pixels out, then background.
         EXPECT_EQ(qAlpha(chart.pixel(389, 200)), 255);
         EXPECT_EQ(qAlpha(chart.pixel(396, 200)), 0);
         for (const auto &o : offsets) {
@@ -143,7 +142,9 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     EXPECT_EQ(ui->StarChart1->pixmap().toImage().convertToFormat(dial.format()), dial);
     const QRgb want = window->screenOverlayPixmap().toImage().pixel(
         LatLongToPoint(1600, 800, 0, 33.0, -37.0));
-    const QRgb got = ui->StarChart2->pixmap().toImage().pixel(395, 395); // the centre
+    const QImage chart = ui->StarChart2->pixmap().toImage().convertToFormat(dial.format());
+    EXPECT_NE(chart.pixel(17, 392), dial.pixel(17, 392)); // the face reaches 15 pixels in
+    const QRgb got = chart.pixel(395, 395); // the centre
     EXPECT_LE(std::abs(qRed(got) - qRed(want)) + std::abs(qGreen(got) - qGreen(want))
                   + std::abs(qBlue(got) - qBlue(want)), 12) << std::hex << got << " for " << want;
     // The renderer is released with the window (the sanitizer build finds anything left).

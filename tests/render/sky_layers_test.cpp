@@ -1,7 +1,6 @@
-// The built-in sky tables against facts from outside them (the IAU constellation areas and
-// boundaries, where well-known objects are listed), and stars and constellation outlines drawn
-// at their sub-points: which objects, in which colour and size, the outline's split at the
-// date line and its missing closing edge, and the fast star drawing against Qt's ellipses.
+// The sky tables against outside facts (IAU areas and boundaries, where known objects are
+// listed); stars and outlines drawn at their sub-points: which objects, colour and size, the
+// outline's date-line split and missing closing edge, the fast stars against Qt's ellipses.
 #include "render/Projection.h"
 #include "render/SkyLayers.h"
 #include "render/SkyTables.h"

@@ -1,8 +1,7 @@
-// The calculator against worked examples, hand calculations and libnova's full theories: the
-// locator conversions, the EME link figures, the low-precision Moon and Sun, the Doppler
-// against the textbook range rate, and the per-source rules (rise/set re-runs, user points,
-// unknown ids, request bits). Buffer bounds and round trips of locators over any input are
-// the locator fuzz target's.
+// The calculator against worked examples, hand calculations and libnova's full theories:
+// locators, EME link figures, the low-precision Moon and Sun, the Doppler against the textbook
+// range rate, and the per-source rules (rise/set re-runs, user points, unknown ids, request
+// bits). Locator bounds and round trips over any input are the locator fuzz target's.
 #include "tracking/ComputeSource.h"
 #include "tracking/EmeFigures.h"
 #include "tracking/Maidenhead.h"
