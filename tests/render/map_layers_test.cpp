@@ -1,8 +1,10 @@
-// Base map roll and grid, the scale labels, and the rolling of map-sized
-// layers. Expected columns are worked by hand in the comments.
+// The map: projection, sky dial and mouse-to-map conversions, the base map's roll and grid,
+// the scale labels, the rolling of map-sized layers and the shading layer. Expected pixels are
+// worked by hand in the comments (1600 x 800 map: 0.225 degrees a pixel, 66 pixels an hour).
 #include "render/MapLayers.h"
+#include "render/Projection.h"
+#include "render/ShadeOverlay.h"
 
-#include <QFontMetrics>
 #include <QImage>
 #include <QPainter>
 #include <QPixmap>
@@ -10,7 +12,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <vector>
+
+// The shading formula below rounds each single-precision product and sum on its own.
+#if defined(__clang__)
+#pragma clang fp contract(off)
+#elif defined(__GNUC__)
+#pragma GCC optimize("fp-contract=off")
+#endif
 
 using namespace lunaquill;
 
@@ -18,6 +29,8 @@ namespace {
 
 const QRgb kLand = qRgb(10, 200, 30), kMarker = qRgb(255, 0, 0);
 const QRgb kLightGray = qRgb(192, 192, 192), kDarkGray = qRgb(128, 128, 128);
+const int kMaxInt = std::numeric_limits<int>::max(), kMinInt = std::numeric_limits<int>::min();
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 // A uniform image with one marker column.
 QPixmap Striped(int width, int height, int markerColumn)
@@ -102,23 +115,13 @@ TEST(Roll, LayersFollowTheMapOffsetAndTheSkySagittarius)
             << (r.sky ? "sky " : "") << r.at;
     }
     // Far outside a day the splits saturate instead of overflowing.
-    const int low = std::numeric_limits<int>::min(), high = std::numeric_limits<int>::max();
-    EXPECT_TRUE(MapRollSplit(1600, 2000000000) == low && OverlayRollSplit(1600, 2000000000) == low);
-    EXPECT_TRUE(MapRollSplit(1600, -2000000000) == high
-                && OverlayRollSplit(1600, -2000000000) == high);
+    for (int offset : {2000000000, -2000000000}) {
+        const int split = offset > 0 ? kMinInt : kMaxInt;
+        EXPECT_TRUE(MapRollSplit(1600, offset) == split && OverlayRollSplit(1600, offset) == split);
+    }
 }
 
-// Leftmost inked (non-black) column from `from` on between rows top and bottom.
-int LeftmostInk(const QImage &image, int top, int bottom, int from = 0)
-{
-    for (int x = from; x < image.width(); ++x)
-        for (int y = std::max(top, 0); y <= std::min(bottom, image.height() - 1); ++y)
-            if (image.pixel(x, y) != qRgb(0, 0, 0))
-                return x;
-    return image.width();
-}
-
-TEST(ScaleLabels, TextsSitOnTheirBaselinesAndColumns)
+TEST(ScaleLabels, TextsAndTheLastLatitudeInsideTheEdge)
 {
     const struct { int value; const char *text; } latitudes[] = {
         {90, "+90"}, {5, "+05"}, {0, "  0"}, {-10, "-10"}, {-5, "-5"}};
@@ -131,20 +134,175 @@ TEST(ScaleLabels, TextsSitOnTheirBaselinesAndColumns)
         EXPECT_EQ(LongitudeLabelText(r.i, r.offset), r.text) << r.i << " / " << r.offset;
     EXPECT_EQ(LongitudeLabelText(0, 2147483647), "2147483635h"); // odd, but no overflow
 
-    const QFontMetrics metrics{QFont()};
-    const int up = metrics.ascent(), down = metrics.descent();
-    // Latitude baselines: 10 for +90, trunc(i * 44.44) + 4 between, trunc(800 - 3) for -90.
+    // The -90 label sits on baseline trunc(800 - 3) = 797, inside the edge: its digits just
+    // above, the two rows below blank.
     const QImage latitude = LatitudeLabels(QSize(40, 800), 800).toImage();
-    for (int b : {10, 48, 404, 797})
-        EXPECT_LT(LeftmostInk(latitude, b - up, b + down), 40) << "no text at baseline " << b;
-    EXPECT_EQ(LeftmostInk(latitude, 798, 799), 40) << "-90 sits on 797, inside the edge";
-    // Hour labels at trunc(i * 1600 / 24) + 12 (66.67 apart), baseline 20 - 5.
-    const QImage hours = LongitudeLabels(QSize(1600, 20), 1600, 5).toImage();
-    EXPECT_EQ(LeftmostInk(hours, 0, 14 - up), 1600) << "ink above the text";
-    for (int x : {12, 78, 812, 1545}) {
-        const int left = LeftmostInk(hours, 0, 19, x - 10);
-        EXPECT_TRUE(left >= x && left <= x + 3) << "label at " << x << " starts at " << left;
+    QImage blank(40, 2, latitude.format());
+    blank.fill(Qt::black);
+    EXPECT_NE(latitude.copy(0, 790, 40, 2), blank);
+    EXPECT_EQ(latitude.copy(0, 798, 40, 2), blank);
+}
+
+TEST(Projection, MapAndDialPointsWorkedByHand)
+{
+    const struct { int width, height, offset; double latitude, longitude; int x, y; } rows[] = {
+        {1600, 800, 0, 0.0, 180.0, 0, 400},    // 1600 % 1600: the right edge wraps to 0
+        {1600, 800, 12, 0.0, 0.0, 1592, 400},  // (800 + 66 * 12) % 1600
+        {1600, 800, 0, 0.0, -200.0, -88, 400}, // -88.9 -> -88, and -88 % 1600 stays negative
+        {1600, 800, 0, -90.0, 0.0, 800, 800},  // one past the last row, no clamping
+        {1600, 800, 0, 100.0, 0.0, 800, -44},  // beyond the pole: -44.4 -> -44
+        // 180.1 / (360 / 1610) = 805.4, (805 + 67 * 13) % 1610 = 66; 45 / (180 / 805) = 201.25
+        {1610, 805, 13, 45.0, 0.1, 66, 201},
+        {0, 0, 5, 10.0, 20.0, 0, 0},           // no size: no division
+        {1600, 800, 2, kNaN, kNaN, 132, 0},    // NaN counts as pixel 0: only the shift 66 * 2
+    };
+    for (const auto &r : rows)
+        EXPECT_EQ(LatLongToPoint(r.width, r.height, r.offset, r.latitude, r.longitude),
+                  QPoint(r.x, r.y)) << r.width << " / " << r.offset << " / " << r.longitude;
+    // Far outside the range: defined, the remainder stays within the width.
+    const QPoint far = LatLongToPoint(1600, 800, 0, -1e300, 1e300);
+    EXPECT_TRUE(std::abs(far.x()) < 1600 && far.y() == kMaxInt);
+    EXPECT_LT(std::abs(LatLongToPoint(1600, 800, kMaxInt, 0.0, 0.0).x()), 1600);
+
+    // 1080 x 1080 dial, centre (540, 540); horizon radius 540 sin 45 = 381.84.
+    const struct { double azimuth, altitude; int x, y; } dial[] = {
+        {123.0, 90.0, 540, 540}, // zenith at the centre
+        {90.0, 0.0, 159, 540},   // east horizon 381 pixels left
+        {0.0, -90.0, 540, 0},    // north up, the nadir on the 540-pixel rim
+        // radius sin 15 * 540 = 139.76 at angle 210: 540 - 69.88, 540 - 121.04
+        {30.0, 60.0, 471, 419},
+    };
+    for (const auto &r : dial)
+        EXPECT_EQ(AzAltToDial(QRect(0, 0, 1080, 1080), r.azimuth, r.altitude), QPoint(r.x, r.y))
+            << r.azimuth << " / " << r.altitude;
+    const struct { int px, py, cx, cy, x, y; } pushed[] = {
+        // 200 - trunc(-340 * -0.01) + 540 = 737; trunc(-640 * 0.01) + 540 - 100 = 434
+        {200, -100, 540, 540, 737, 434},
+        {690, 540, 540, 540, 1231, 1080}, // -1.5 truncates to -1 (floor would give 1232)
+        {kMaxInt, kMinInt, kMaxInt, kMinInt, kMaxInt, kMinInt}, // saturates
+    };
+    for (const auto &r : pushed) {
+        int x = 0, y = 0;
+        MapPixelToDialPixel(QPoint(r.px, r.py), r.cx, r.cy, x, y);
+        EXPECT_EQ(QPoint(x, y), QPoint(r.x, r.y)) << r.px << "," << r.py;
     }
+}
+
+TEST(Projection, HalfSpaceRuleFloorsAndAsymmetricMouseCorrections)
+{
+    const struct { int x, y, z; double u, v; } spherical[] = {
+        {0, 5, 0, 0.5, 0.5},           // x <= 0: no longitude
+        {1, -1, 0, 0.5 - 0.125, 0.5},  // atan2(-1, 1) / 2 pi
+        {0, 0, 5, 0.5, 1.0},  {0, 0, 0, 0.5, 0.5}, // pole, origin
+        {46341, 0, 100, 0.5, 0.5}, // the 32-bit sum wraps negative: NaN radius, latitude 0
+    };
+    for (const auto &r : spherical) {
+        double u = -1, v = -1;
+        WorldToSpherical(r.x, r.y, r.z, u, v);
+        EXPECT_TRUE(std::abs(u - r.u) < 1e-10 && std::abs(v - r.v) < 1e-10) << r.x << "," << r.y;
+    }
+    double radius = -1, angle = -1;
+    Cart2Pol(0, -5, radius, angle); // angle 0 straight below the origin
+    EXPECT_TRUE(radius == 5.0 && angle == 0.0);
+    // pol2cart floors: -0.707 gives -1, 10 sin(pi) (tiny positive) 0; NaN 0, huge saturates.
+    const struct { double radius, angle; int x, y; } cartesian[] = {
+        {10.0, M_PI, -10, 0}, {1.0, 5 * M_PI / 4, -1, -1}, {kNaN, 0.0, 0, 0},
+        {1e300, 0.0, kMaxInt, 0}};
+    for (const auto &r : cartesian) {
+        int x = 99, y = 99;
+        Pol2Cart(r.radius, r.angle, x, y);
+        EXPECT_EQ(QPoint(x, y), QPoint(r.x, r.y)) << r.radius << " at " << r.angle;
+    }
+
+    // Map 1600 x 800 at (10, 40) in a central widget at (0, 25) unless said
+    // otherwise: px = mx - shift - (10 - 0), py = my - (25 - 40) = my + 15.
+    const QRect map(10, 40, 1600, 800), central(0, 25, 1700, 900);
+    const struct { QRect map, central; int offset; QPoint mouse; bool onMap; double lat, lon; }
+        rows[] = {
+        // px 100, py 115: 100 * 0.225 - 180 = -157.5, 90 - 115 * 0.225 = 64.125
+        {map, QRect(30, 25, 1700, 900), 0, {80, 100}, true, 64.125, -157.5}, // 80 - (10 - 30)
+        {map, central, 12, {110, 100}, true, 64.125, 24.3}, // 110 - 792 - 10 + 1600 = 908
+        {map, central, 30, {0, 100}, false, 0, 0},      // -1990 + 1600: wrapped only once
+        {map, central, 0, {1620, 100}, false, 0, 0},    // px 1610
+        {QRect(10, 10, 1600, 800), QRect(0, 60, 1700, 900), 0, {110, 40}, false, 0, 0}, // py -10
+        {map, central, 0, {110, 785}, false, 0, 0},     // py 800
+        {map, central, 0, {110, 784}, true, -89.775, -157.5}, // bottom row 799
+        {QRect(10, 40, 0, 0), central, 0, {10, 10}, false, 0, 0},
+    };
+    for (const auto &r : rows) {
+        double latitude = 123.0, longitude = 456.0; // left alone off the map
+        EXPECT_EQ(MouseToMap(r.mouse, r.map, r.central, r.offset, latitude, longitude), r.onMap)
+            << r.mouse.x() << "," << r.mouse.y() << " offset " << r.offset;
+        const QPointF expected = r.onMap ? QPointF(r.lat, r.lon) : QPointF(123.0, 456.0);
+        EXPECT_EQ(QPointF(latitude, longitude), expected);
+    }
+}
+
+QImage Shade(int width, int height, double latitude, double longitude, double strength)
+{
+    QPixmap layer(width, height);
+    layer.fill(Qt::red); // every pixel must be overwritten
+    CreateShadeOverlay(layer, latitude, longitude, strength);
+    return layer.toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+// The layer pixel by pixel as the shading is defined, sharing no code with
+// the program: each value in the precision the definition gives it.
+QImage FormulaShade(int w, int h, double latitude, double longitude, double strength)
+{
+    const double k = 0.017453292519944444;
+    std::vector<float> sine(w), cosine(w);
+    for (int c = 0; c < w; ++c) {
+        float lambda = ((float)c / (float)w - 0.5) * 360.0; // single precision
+        lambda = lambda * k;                                // radians in double, back to single
+        sine[c] = sinf(lambda);
+        cosine[c] = cosf(lambda);
+    }
+    const float sinPhi = sinf(latitude * k), cosPhi = cosf(latitude * k);
+    const float sinLambda = sinf(longitude * k), cosLambda = cosf(longitude * k);
+    const float A = sinLambda * cosPhi * strength; // float product, scaled in double
+    const float B = sinPhi * strength;
+    const float C = cosLambda * cosPhi * strength;
+    QImage layer(w, h, QImage::Format_RGB32);
+    for (int r = 0; r < h; ++r) {
+        const float phiR = ((float)r / (float)h - 0.5) * -180.0 * k;
+        const float sr = sinf(phiR), cr = cosf(phiR);
+        const float P = C * cr, Q = A * cr, R = B * sr;
+        for (int c = 0; c < w; ++c) {
+            float v = P * cosine[c] + Q * sine[c] + R;
+            if (v < 0 || std::isnan(v)) // a NaN sub-point shades nothing
+                v = 0;
+            const int g = (int)(std::min(v, 1.0f) * 255.0) & 0xff;
+            layer.setPixel(c, r, qRgb(g, g, g));
+        }
+    }
+    return layer;
+}
+
+TEST(ShadeOverlay, EqualsTheFormulaBitForBit)
+{
+    // The column tables are made once per width: kept for another height, remade for another
+    // width, emptied by an empty layer (which draws nothing); each layer is drawn in full.
+    const struct { int width, height; double latitude, longitude, strength; } cases[] = {
+        {1600, 800, 0.0, 0.0, 10.0},     {1600, 800, -18.7, 133.25, 8.0}, // Sun, Moon
+        {37, 19, 23.4, -120.5, 8.0},     {37, 77, 30.0, 60.0, 8.0},
+        {101, 50, -60.0, 170.0, 1.0},    {333, 167, 89.9, 45.0, 10.0},
+        {64, 32, -23.44, -179.9, 0.5},   {61, 30, 10.0, 10.0, -3.0},
+        {1, 1, 90.0, 0.0, 10.0},         {20, 10, std::numeric_limits<double>::quiet_NaN(), 0, 10},
+    };
+    int builds = ShadeColumnTableBuilds(), width = ShadeColumnTableWidth();
+    for (const auto &c : cases) {
+        SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " at " << c.latitude);
+        EXPECT_EQ(Shade(c.width, c.height, c.latitude, c.longitude, c.strength),
+                  FormulaShade(c.width, c.height, c.latitude, c.longitude, c.strength));
+        builds += c.width != width;
+        width = c.width;
+        EXPECT_EQ(ShadeColumnTableBuilds(), builds);
+    }
+    QPixmap empty;
+    CreateShadeOverlay(empty, 0.0, 0.0, 10.0);
+    EXPECT_TRUE(empty.isNull() && ShadeColumnTableWidth() == 0);
+    EXPECT_EQ(Shade(20, 4, 0.0, 0.0, 10.0), FormulaShade(20, 4, 0.0, 0.0, 10.0));
 }
 
 } // namespace

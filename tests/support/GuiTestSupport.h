@@ -9,7 +9,6 @@ namespace lunaquill::test {
 QString TestHome();
 // <home>/AppData/Roaming/Lunaquill/, created.
 QString SettingsFolder();
-// Removes everything below the temporary home folder.
 void ClearTestHome();
 
 } // namespace lunaquill::test

