@@ -1,9 +1,7 @@
-// The committed images in pixmaps/ and the sky model the sky-noise image is
-// drawn from. Runs in the source folder, where the program finds pixmaps/.
+// The sky model the committed sky-noise image in pixmaps/ is drawn from.
 #include "render/SkyNoiseModel.h"
 #include "tracking/EmeFigures.h"
 
-#include <QImage>
 #include <gtest/gtest.h>
 #include <libnova/transform.h>
 
@@ -12,12 +10,6 @@
 namespace {
 
 using namespace lunaquill;
-
-TEST(Pixmaps, TheMapMastersAreTheSizeTheMapIsCutFrom)
-{
-    for (const char *file : {"nasa-topo_1600.jpg", "skynoise_1600.png"})
-        EXPECT_EQ(QImage(QString("pixmaps/") + file).size(), QSize(1600, 800)) << file;
-}
 
 // RMS difference (K) between the 144 MHz table and the mean of `temperature`
 // at five points across the 2 degrees of ecliptic longitude each entry i is
