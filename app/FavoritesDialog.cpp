@@ -100,8 +100,8 @@ void FavoritesDialog::FillTable()
             FieldText(entry.grid, sizeof entry.grid),
             Printf("%0.2f", track.azimuth),
             Printf("%0.2f", track.elevation),
-            RiseSetText("", track.riseTime),
-            RiseSetText("", track.setTime),
+            RiseSetText("", track.riseTime, track.riseSetStatus),
+            RiseSetText("", track.setTime, track.riseSetStatus),
             Printf("%0.1f Hz", track.doppler),
             Printf("%0.1f", track.spatialOffset),
         };

@@ -95,6 +95,7 @@ MainWindow::MainWindow(QWidget *parent)
     RecalculateSources();
     overlaysStale = true;
     redrawRequested = true;
+    refreshAll = true; // the first panel refresh shows rise, set and distance at once
 
     stationControl = new StationControl(this);
     stationControl->Attach(ui->menuBar, ui->actionStationControl);
@@ -240,8 +241,8 @@ int32_t ShowStation(const StationPanel &panel, const SourceTrack &record, bool r
     panel.skyTemperature->setText(Printf("%0.1f", record.skyTemperature));
     panel.degradation->setText(Printf("%0.1f", record.degradation));
     if (riseSet) {
-        panel.riseTime->setText(RiseSetText("Rise: ", record.riseTime));
-        panel.setTime->setText(RiseSetText("Set: ", record.setTime));
+        panel.riseTime->setText(RiseSetText("Rise: ", record.riseTime, record.riseSetStatus));
+        panel.setTime->setText(RiseSetText("Set: ", record.setTime, record.riseSetStatus));
     }
     return sees;
 }

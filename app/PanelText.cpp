@@ -1,6 +1,6 @@
 #include "PanelText.h"
 
-#include <libnova/julian_day.h>
+#include "tracking/ComputeSource.h"
 
 #include <cctype>
 #include <cstdarg>
@@ -19,12 +19,11 @@ QString Printf(const char *format, ...)
     return QString::fromLatin1(buffer);
 }
 
-QString RiseSetText(const char *prefix, double julianDate)
+QString RiseSetText(const char *prefix, double julianDate, int32_t riseSetStatus)
 {
-    ln_date date;
-    ln_get_date(julianDate, &date);
-    return Printf("%s%02d-%02d %02d:%02d", prefix, date.months, date.days, date.hours,
-                  date.minutes);
+    char text[128];
+    FormatRiseSet(text, sizeof text, prefix, julianDate, riseSetStatus);
+    return QString::fromLatin1(text);
 }
 
 QString FieldText(const char *field, size_t size)

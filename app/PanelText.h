@@ -12,8 +12,9 @@ namespace lunaquill {
 // printf into a 128-byte buffer; longer results are cut.
 QString Printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-// "<prefix>%02d-%02d %02d:%02d" of a Julian Date: month, day, hour, minute.
-QString RiseSetText(const char *prefix, double julianDate);
+// "<prefix>%02d-%02d %02d:%02d" of a record's rise or set (month, day, hour,
+// minute), or "<prefix>always up" / "<prefix>never up".
+QString RiseSetText(const char *prefix, double julianDate, int32_t riseSetStatus);
 
 // A fixed character field as text, read no further than its size.
 QString FieldText(const char *field, size_t size);

@@ -7,6 +7,7 @@
 #include <libnova/libnova.h>
 
 #include <cmath>
+#include <cstdio>
 
 namespace lunaquill {
 
@@ -231,6 +232,19 @@ void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc, doub
         record.aboveHorizon = 0;
         record.doppler = 0.0;
     }
+}
+
+void FormatRiseSet(char *text, size_t size, const char *prefix, double julianDate,
+                   int32_t riseSetStatus)
+{
+    if (riseSetStatus != 0) {
+        snprintf(text, size, "%s%s", prefix, riseSetStatus > 0 ? "always up" : "never up");
+        return;
+    }
+    ln_date date;
+    ln_get_date(julianDate, &date);
+    snprintf(text, size, "%s%02d-%02d %02d:%02d", prefix, date.months, date.days, date.hours,
+             date.minutes);
 }
 
 } // namespace lunaquill

@@ -2,6 +2,7 @@
 // for a station at an instant. Plain C++ over libnova; no Qt.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 
@@ -63,5 +64,11 @@ struct SourceTrack {
 void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc,
                    double latitude, double longitude, double frequencyMHz,
                    SourceTrack &record);
+
+// "<prefix>MM-DD HH:MM" of a rise or set instant, into `text` (cut at `size`).
+// A source that stays up all day (status 1) or never rises (-1) has no
+// instant: "<prefix>always up" or "<prefix>never up".
+void FormatRiseSet(char *text, size_t size, const char *prefix, double julianDate,
+                   int32_t riseSetStatus);
 
 } // namespace lunaquill

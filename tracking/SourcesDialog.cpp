@@ -8,8 +8,6 @@
 #include <QSignalBlocker>
 #include <QTableWidgetItem>
 
-#include <libnova/julian_day.h>
-
 #include <cmath>
 #include <cstdio>
 
@@ -34,14 +32,11 @@ QString Format(const char *format, double value)
     return QString::fromLatin1(text);
 }
 
-// Month-day hour:minute of a Julian Date.
-QString DateText(double julianDate)
+// Month-day hour:minute of a rise or set, or "always up" / "never up".
+QString DateText(double julianDate, int32_t riseSetStatus)
 {
-    ln_date date;
-    ln_get_date(julianDate, &date);
     char text[64];
-    snprintf(text, sizeof text, "%02d-%02d %02d:%02d", date.months, date.days, date.hours,
-             date.minutes);
+    FormatRiseSet(text, sizeof text, "", julianDate, riseSetStatus);
     return QString::fromLatin1(text);
 }
 
@@ -141,8 +136,8 @@ void SourcesDialog::Refresh()
             Format("%7.2f", record.declination),
             Format("%9.6f", record.distance),
             Format("%4.2f", record.phase),
-            DateText(record.riseTime),
-            DateText(record.setTime),
+            DateText(record.riseTime, record.riseSetStatus),
+            DateText(record.setTime, record.riseSetStatus),
         };
         const QColor &colour = record.elevation > 0 ? kUpColour : kDownColour;
         for (int column = 0; column < ColumnCount; ++column) {

@@ -219,6 +219,29 @@ TEST_F(MainWindowTest, RiseSetAndDistanceAtSecondZeroOrAfterTheSourceButton)
     EXPECT_EQ(Text(ui->HomeRiseTime), "r");
 }
 
+// Rise and set are shown from the first refresh after start, not only from
+// the first second 00; a Sun that stays down or up all day is said in words
+// (21 December: polar night at 80° N, midnight sun at 80° S).
+TEST_F(MainWindowTest, RiseSetFromTheFirstRefreshAndPolarDaysInWords)
+{
+    Open();
+    Tick(100); // the 101st tick since construction refreshes the panels
+    const SourceTrack &moon = homeTracks[Moon];
+    ASSERT_EQ(moon.riseSetStatus, 0); // Boston: the Moon rises and sets every day
+    EXPECT_EQ(Texts({ui->HomeRiseTime, ui->HomeSetTime}),
+              DateText("Rise: ", moon.riseTime) + "|" + DateText("Set: ", moon.setTime));
+
+    homeData.trackingSource = Sun;
+    homeData.latitude = 80.0;
+    CopyField(dxStation.grid, "JB00aa");
+    dxStation.latitude = -80.0;
+    window->UpdateDisplay();
+    displayOffset = (int32_t)(1797854400 - time(nullptr)); // 2026-12-21 12:00 UTC
+    Refresh();
+    EXPECT_EQ(Texts({ui->HomeRiseTime, ui->HomeSetTime, ui->DxRiseTime, ui->DxSetTime}),
+              "Rise: never up|Set: never up|Rise: always up|Set: always up");
+}
+
 TEST_F(MainWindowTest, AcceptedStationDialogsRecomputeEverySource)
 {
     // The Sun is not the tracked source, so only a recompute of every source

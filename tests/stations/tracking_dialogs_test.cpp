@@ -216,6 +216,9 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
         EXPECT_EQ(table->item(id, 8)->background().color(),
                   id == Moon ? QColor(172, 255, 172) : QColor(190, 190, 190));
     }
+    // Cassiopeia A (declination +58.8°) never sets at 42.5° N (90° - 42.5° < 58.8°).
+    EXPECT_EQ(table->item(CassiopeiaA, 7)->text() + "|" + table->item(CassiopeiaA, 8)->text(),
+              "always up|always up");
     dialog->SourceChanged(nullptr); // a click beside the rows tracks nothing
     EXPECT_EQ(homeData.trackingSource, -1);
 
