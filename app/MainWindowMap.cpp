@@ -416,7 +416,8 @@ void MainWindow::DrawFavorites(QPainter &painter, const QString &fileName)
 namespace {
 
 // One chart: the dial at the label's size, and over its face the map on the
-// sphere seen from above the station when there is one.
+// sphere seen from above the station when there is one. The overlay is the
+// rolled map, so the caller adds the roll to the station's longitude.
 void DrawChart(QLabel *chart, const QPixmap &dial, StarChartRenderer &renderer,
                const QPixmap &overlay, bool stationSet, double latitude, double longitude)
 {
@@ -439,8 +440,9 @@ void MainWindow::DrawStarChart1()
     if (!overlaySettings.StarChartOverlay)
         return;
     ui->WorldMap->hide();
+    const double roll = MapRollDegrees(ui->WorldMap->width(), overlaySettings.MapOffset);
     DrawChart(ui->StarChart1, dialScaled, *starChartRenderer, screenOverlay, homeStationSet,
-              homeData.latitude, homeData.longitude);
+              homeData.latitude, homeData.longitude + roll);
 }
 
 void MainWindow::DrawStarChart2()
@@ -448,6 +450,7 @@ void MainWindow::DrawStarChart2()
     if (!overlaySettings.StarChartOverlay)
         return;
     ui->WorldMap->hide();
+    const double roll = MapRollDegrees(ui->WorldMap->width(), overlaySettings.MapOffset);
     DrawChart(ui->StarChart2, dialScaled, *starChartRenderer, screenOverlay, dxStationSet,
-              dxStation.latitude, dxStation.longitude);
+              dxStation.latitude, dxStation.longitude + roll);
 }
