@@ -5,6 +5,7 @@
 
 #include "SharedStateReset.h"
 #include "render/Projection.h"
+#include "render/SkyDial.h"
 #include "render/SphereMesh.h"
 #include "render/StarChartRenderer.h"
 
@@ -141,7 +142,9 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     Ui::MainWindow *ui = window->widgets();
     window->ViewModeButtonPressed();
 
-    const QImage dial = QPixmap("pixmaps/dial.png").scaled(790, 790, Qt::KeepAspectRatio).toImage();
+    // No home station: the plain dial, drawn at the chart's size.
+    const QImage dial = SkyDial(ui->StarChart1->size(), 1.0).toImage();
+    ASSERT_EQ(dial.size(), QSize(790, 790));
     EXPECT_EQ(ui->StarChart1->pixmap().toImage().convertToFormat(dial.format()), dial);
     // At any map offset the DX station's pixel of the rolled overlay is the chart's centre.
     for (int offset : {0, 6, 13}) {
@@ -155,8 +158,16 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
         EXPECT_LE(std::abs(qRed(got) - qRed(want)) + std::abs(qGreen(got) - qGreen(want))
                       + std::abs(qBlue(got) - qBlue(want)), 12)
             << "offset " << offset << ": " << std::hex << got << " for " << want;
-        if (offset == 0) { // the face reaches 15 pixels in
-            EXPECT_NE(chart.pixel(17, 392), dial.pixel(17, 392));
+        if (offset != 0)
+            continue;
+        // The globe fills the face inside the ring (radius 0.94 * 395 = 371.3 about the
+        // centre, 395.0): 2 pixels inside it, in all four directions, the globe; 2 pixels
+        // beyond, the ring's inner circle, untouched.
+        for (const QPoint direction : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
+            const QPoint inside = QPoint(395, 395) + direction * 369 - (direction.x() + direction.y() > 0 ? direction : QPoint());
+            const QPoint ring = QPoint(395, 395) + direction * 373 - (direction.x() + direction.y() > 0 ? direction : QPoint());
+            EXPECT_NE(chart.pixel(inside), dial.pixel(inside)) << inside.x() << "," << inside.y();
+            EXPECT_EQ(chart.pixel(ring), dial.pixel(ring)) << ring.x() << "," << ring.y();
         }
     }
     // The renderer is released with the window (the sanitizer build finds anything left).
