@@ -9,6 +9,7 @@
 #include "render/MapLayers.h"
 #include "render/Projection.h"
 #include "render/ShadeOverlay.h"
+#include "render/SkyDial.h"
 #include "render/SkyLayers.h"
 #include "render/StarChartRenderer.h"
 #include "tracking/ComputeSource.h"
@@ -197,7 +198,7 @@ void MainWindow::LoadPixmaps()
 
     dialMaster = LoadImage("/pixmaps/dial.png");
     if (!dialMaster.isNull())
-        dialScaled = dialMaster.scaled(ui->StarChart1->size(), Qt::KeepAspectRatio);
+        dialScaled = SkyDial(ui->StarChart1->size(), devicePixelRatioF()); // drawn, not scaled
     ui->WorldMap->setVisible(!overlaySettings.StarChartOverlay);
     ui->StarChart1->setVisible(overlaySettings.StarChartOverlay);
     ui->StarChart2->setVisible(overlaySettings.StarChartOverlay);
@@ -415,19 +416,21 @@ void MainWindow::DrawFavorites(QPainter &painter, const QString &fileName)
 
 namespace {
 
-// One chart: the dial at the label's size, and over its face the map on the
-// sphere seen from above the station when there is one.
-void DrawChart(QLabel *chart, const QPixmap &dial, StarChartRenderer &renderer,
-               const QPixmap &overlay, bool stationSet, double latitude, double longitude)
+// One chart: the dial drawn at the label's size and pixel density, and over
+// its face the map on the sphere seen from above the station when there is
+// one. The overlay is the rolled map, so the caller adds the roll to the
+// station's longitude.
+void DrawChart(QLabel *chart, bool dialShown, StarChartRenderer &renderer, const QPixmap &overlay,
+               bool stationSet, double latitude, double longitude)
 {
-    const QRect rect(QPoint(0, 0), QPoint(chart->width() - 1, chart->height() - 1));
-    QPixmap pixmap = dial.copy(rect);
-    QImage image = pixmap.toImage();
+    QPixmap pixmap = dialShown ? SkyDial(chart->size(), chart->devicePixelRatioF()) : QPixmap();
     chart->setPixmap(pixmap);
     chart->show();
-    if (stationSet)
-        renderer.render(overlay, image, float(latitude), float(longitude));
-    ClipToDialFace(pixmap, image);
+    if (stationSet && !pixmap.isNull()) {
+        QImage globe = GlobeImage(pixmap);
+        renderer.render(overlay, globe, float(latitude), float(longitude));
+        ClipToDialFace(pixmap, globe);
+    }
     chart->setPixmap(pixmap);
     chart->show();
 }
@@ -439,8 +442,9 @@ void MainWindow::DrawStarChart1()
     if (!overlaySettings.StarChartOverlay)
         return;
     ui->WorldMap->hide();
-    DrawChart(ui->StarChart1, dialScaled, *starChartRenderer, screenOverlay, homeStationSet,
-              homeData.latitude, homeData.longitude);
+    const double roll = MapRollDegrees(ui->WorldMap->width(), overlaySettings.MapOffset);
+    DrawChart(ui->StarChart1, !dialScaled.isNull(), *starChartRenderer, screenOverlay, homeStationSet,
+              homeData.latitude, homeData.longitude + roll);
 }
 
 void MainWindow::DrawStarChart2()
@@ -448,6 +452,7 @@ void MainWindow::DrawStarChart2()
     if (!overlaySettings.StarChartOverlay)
         return;
     ui->WorldMap->hide();
-    DrawChart(ui->StarChart2, dialScaled, *starChartRenderer, screenOverlay, dxStationSet,
-              dxStation.latitude, dxStation.longitude);
+    const double roll = MapRollDegrees(ui->WorldMap->width(), overlaySettings.MapOffset);
+    DrawChart(ui->StarChart2, !dialScaled.isNull(), *starChartRenderer, screenOverlay, dxStationSet,
+              dxStation.latitude, dxStation.longitude + roll);
 }

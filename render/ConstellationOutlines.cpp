@@ -21,7 +21,7 @@ const OutlinePoint kANDPoints[] = {
     {23.75, 31.333333333333332}, {23.75, 32.083333333333336}, {23.5, 32.083333333333336},
     {23.5, 34.5},
 };
-const ConstellationOutline kAND = {"AND", 37, kANDPoints};
+const ConstellationOutline kAND = {"AND", 37, 0, kANDPoints};
 
 const OutlinePoint kANTPoints[] = {
     {9.366666666666667, -39.75}, {9.366666666666667, -36.75}, {9.366666666666667, -24.0},
@@ -30,7 +30,7 @@ const OutlinePoint kANTPoints[] = {
     {10.833333333333334, -31.166666666666668}, {10.833333333333334, -35.0}, {11.0, -35.0},
     {11.0, -39.75},
 };
-const ConstellationOutline kANT = {"ANT", 13, kANTPoints};
+const ConstellationOutline kANT = {"ANT", 13, 0, kANTPoints};
 
 const OutlinePoint kAPSPoints[] = {
     {13.666666666666666, -82.5}, {13.666666666666666, -75.0}, {13.666666666666666, -70.0},
@@ -38,7 +38,7 @@ const OutlinePoint kAPSPoints[] = {
     {17.5, -67.5}, {18.0, -67.5}, {18.0, -75.0},
     {18.0, -82.5},
 };
-const ConstellationOutline kAPS = {"APS", 10, kAPSPoints};
+const ConstellationOutline kAPS = {"APS", 10, 0, kAPSPoints};
 
 const OutlinePoint kAQLPoints[] = {
     {18.583333333333332, -4.0}, {18.583333333333332, 2.0}, {18.866666666666667, 2.0},
@@ -50,7 +50,7 @@ const OutlinePoint kAQLPoints[] = {
     {20.0, -9.0}, {20.0, -12.033333333333333}, {18.866666666666667, -12.033333333333333},
     {18.866666666666667, -4.0},
 };
-const ConstellationOutline kAQL = {"AQL", 22, kAQLPoints};
+const ConstellationOutline kAQL = {"AQL", 22, 0, kAQLPoints};
 
 const OutlinePoint kAQRPoints[] = {
     {20.533333333333335, -15.0}, {20.533333333333335, -9.0}, {20.533333333333335, 2.0},
@@ -61,7 +61,7 @@ const OutlinePoint kAQRPoints[] = {
     {23.833333333333332, -25.5}, {23.0, -25.5}, {21.866666666666667, -25.5},
     {21.866666666666667, -9.0}, {21.333333333333332, -9.0}, {21.333333333333332, -15.0},
 };
-const ConstellationOutline kAQR = {"AQR", 21, kAQRPoints};
+const ConstellationOutline kAQR = {"AQR", 21, 0, kAQRPoints};
 
 const OutlinePoint kARAPoints[] = {
     {16.420833333333334, -61.0}, {16.420833333333334, -60.0}, {16.420833333333334, -45.5},
@@ -70,7 +70,7 @@ const OutlinePoint kARAPoints[] = {
     {16.833333333333332, -67.5}, {16.833333333333332, -65.0}, {16.75, -65.0},
     {16.75, -63.583333333333336}, {16.583333333333332, -63.583333333333336}, {16.583333333333332, -61.0},
 };
-const ConstellationOutline kARA = {"ARA", 15, kARAPoints};
+const ConstellationOutline kARA = {"ARA", 15, 0, kARAPoints};
 
 const OutlinePoint kARIPoints[] = {
     {1.6666666666666667, 9.916666666666666}, {1.6666666666666667, 25.0}, {1.9166666666666667, 25.0},
@@ -78,7 +78,7 @@ const OutlinePoint kARIPoints[] = {
     {2.716666666666667, 30.666666666666668}, {3.3666666666666667, 30.666666666666668}, {3.3666666666666667, 19.0},
     {3.283333333333333, 19.0}, {3.283333333333333, 9.916666666666666}, {2.0, 9.916666666666666},
 };
-const ConstellationOutline kARI = {"ARI", 12, kARIPoints};
+const ConstellationOutline kARI = {"ARI", 12, 0, kARIPoints};
 
 const OutlinePoint kAURPoints[] = {
     {4.5, 30.0}, {4.5, 30.666666666666668}, {4.5, 36.0},
@@ -89,7 +89,7 @@ const OutlinePoint kAURPoints[] = {
     {6.533333333333333, 35.5}, {6.533333333333333, 28.0}, {5.883333333333334, 28.0},
     {5.883333333333334, 28.5}, {4.75, 28.5}, {4.75, 30.0},
 };
-const ConstellationOutline kAUR = {"AUR", 21, kAURPoints};
+const ConstellationOutline kAUR = {"AUR", 21, 0, kAURPoints};
 
 const OutlinePoint kBOOPoints[] = {
     {13.5, 8.0}, {13.5, 15.0}, {13.5, 28.5},
@@ -100,7 +100,7 @@ const OutlinePoint kBOOPoints[] = {
     {15.433333333333334, 33.0}, {15.183333333333334, 33.0}, {15.183333333333334, 26.0},
     {15.083333333333334, 26.0}, {15.083333333333334, 8.0},
 };
-const ConstellationOutline kBOO = {"BOO", 20, kBOOPoints};
+const ConstellationOutline kBOO = {"BOO", 20, 0, kBOOPoints};
 
 const OutlinePoint kCAEPoints[] = {
     {4.266666666666667, -49.0}, {4.266666666666667, -40.0}, {4.266666666666667, -37.0},
@@ -109,7 +109,7 @@ const OutlinePoint kCAEPoints[] = {
     {5.0, -43.0}, {4.833333333333333, -43.0}, {4.833333333333333, -46.5},
     {4.5, -46.5}, {4.5, -49.0},
 };
-const ConstellationOutline kCAE = {"CAE", 14, kCAEPoints};
+const ConstellationOutline kCAE = {"CAE", 14, 0, kCAEPoints};
 
 const OutlinePoint kCAMPoints[] = {
     {3.1, 57.0}, {3.1, 68.0}, {3.4166666666666665, 68.0},
@@ -125,7 +125,7 @@ const OutlinePoint kCAMPoints[] = {
     {3.3333333333333335, 52.5}, {3.3333333333333335, 55.0}, {3.1666666666666665, 55.0},
     {3.1666666666666665, 57.0},
 };
-const ConstellationOutline kCAM = {"CAM", 34, kCAMPoints};
+const ConstellationOutline kCAM = {"CAM", 34, 0, kCAMPoints};
 
 const OutlinePoint kCAPPoints[] = {
     {20.0, -28.0}, {20.0, -12.033333333333333}, {20.0, -9.0},
@@ -133,7 +133,7 @@ const OutlinePoint kCAPPoints[] = {
     {21.333333333333332, -9.0}, {21.866666666666667, -9.0}, {21.866666666666667, -25.5},
     {21.333333333333332, -25.5}, {21.333333333333332, -28.0}, {20.333333333333332, -28.0},
 };
-const ConstellationOutline kCAP = {"CAP", 12, kCAPPoints};
+const ConstellationOutline kCAP = {"CAP", 12, 0, kCAPPoints};
 
 const OutlinePoint kCARPoints[] = {
     {6.0, -52.5}, {6.0, -50.75}, {8.0, -50.75},
@@ -144,7 +144,7 @@ const OutlinePoint kCARPoints[] = {
     {6.833333333333333, -64.0}, {6.833333333333333, -58.0}, {6.5, -58.0},
     {6.5, -55.0}, {6.166666666666667, -55.0}, {6.166666666666667, -52.5},
 };
-const ConstellationOutline kCAR = {"CAR", 21, kCARPoints};
+const ConstellationOutline kCAR = {"CAR", 21, 0, kCARPoints};
 
 const OutlinePoint kCASPoints[] = {
     {22.866666666666667, 52.5}, {22.866666666666667, 56.25}, {22.866666666666667, 59.083333333333336},
@@ -159,7 +159,7 @@ const OutlinePoint kCASPoints[] = {
     {23.583333333333332, 48.0}, {23.583333333333332, 50.0}, {23.333333333333332, 50.0},
     {23.333333333333332, 52.5},
 };
-const ConstellationOutline kCAS = {"CAS", 31, kCASPoints};
+const ConstellationOutline kCAS = {"CAS", 31, 0, kCASPoints};
 
 const OutlinePoint kCENPoints[] = {
     {11.0, -56.5}, {11.0, -39.75}, {11.0, -35.0},
@@ -170,7 +170,7 @@ const OutlinePoint kCENPoints[] = {
     {12.833333333333334, -55.0}, {11.833333333333334, -55.0}, {11.833333333333334, -64.0},
     {11.25, -64.0}, {11.25, -56.5},
 };
-const ConstellationOutline kCEN = {"CEN", 20, kCENPoints};
+const ConstellationOutline kCEN = {"CEN", 20, 0, kCENPoints};
 
 const OutlinePoint kCEPPoints[] = {
     {20.0, 59.5}, {20.0, 61.5}, {20.416666666666668, 61.5},
@@ -187,7 +187,7 @@ const OutlinePoint kCEPPoints[] = {
     {21.966666666666665, 52.75}, {21.966666666666665, 54.833333333333336}, {20.6, 54.833333333333336},
     {20.6, 60.916666666666664}, {20.536666666666665, 60.916666666666664}, {20.536666666666665, 59.5},
 };
-const ConstellationOutline kCEP = {"CEP", 39, kCEPPoints};
+const ConstellationOutline kCEP = {"CEP", 39, 0, kCEPPoints};
 
 const OutlinePoint kCETPoints[] = {
     {23.833333333333332, -25.5}, {23.833333333333332, -7.0}, {0.3333333333333333, -7.0},
@@ -195,13 +195,13 @@ const OutlinePoint kCETPoints[] = {
     {3.283333333333333, 9.916666666666666}, {3.283333333333333, -1.75}, {2.65, -1.75},
     {2.65, -24.383333333333333}, {1.6666666666666667, -24.383333333333333}, {1.6666666666666667, -25.5},
 };
-const ConstellationOutline kCET = {"CET", 12, kCETPoints};
+const ConstellationOutline kCET = {"CET", 12, 0, kCETPoints};
 
 const OutlinePoint kCHAPoints[] = {
     {7.666666666666667, -82.5}, {7.666666666666667, -75.0}, {9.033333333333333, -75.0},
     {11.25, -75.0}, {13.666666666666666, -75.0}, {13.666666666666666, -82.5},
 };
-const ConstellationOutline kCHA = {"CHA", 6, kCHAPoints};
+const ConstellationOutline kCHA = {"CHA", 6, 0, kCHAPoints};
 
 const OutlinePoint kCIRPoints[] = {
     {13.5, -65.0}, {13.5, -64.0}, {14.533333333333333, -64.0},
@@ -211,13 +211,13 @@ const OutlinePoint kCIRPoints[] = {
     {14.75, -67.5}, {14.75, -70.0}, {13.666666666666666, -70.0},
     {13.666666666666666, -65.0},
 };
-const ConstellationOutline kCIR = {"CIR", 16, kCIRPoints};
+const ConstellationOutline kCIR = {"CIR", 16, 0, kCIRPoints};
 
 const OutlinePoint kCMAPoints[] = {
     {6.116666666666666, -33.0}, {6.116666666666666, -27.25}, {6.116666666666666, -11.0},
     {7.366666666666666, -11.0}, {7.366666666666666, -33.0}, {6.583333333333333, -33.0},
 };
-const ConstellationOutline kCMA = {"CMA", 6, kCMAPoints};
+const ConstellationOutline kCMA = {"CMA", 6, 0, kCMAPoints};
 
 const OutlinePoint kCMIPoints[] = {
     {7.0, 5.5}, {7.0, 10.0}, {7.0, 12.5},
@@ -226,7 +226,7 @@ const OutlinePoint kCMIPoints[] = {
     {8.083333333333334, 7.0}, {8.083333333333334, 0.0}, {7.2, 0.0},
     {7.2, 1.5}, {7.016666666666667, 1.5}, {7.016666666666667, 5.5},
 };
-const ConstellationOutline kCMI = {"CMI", 15, kCMIPoints};
+const ConstellationOutline kCMI = {"CMI", 15, 0, kCMIPoints};
 
 const OutlinePoint kCNCPoints[] = {
     {7.808333333333334, 10.0}, {7.808333333333334, 13.5}, {7.808333333333334, 20.0},
@@ -234,14 +234,14 @@ const OutlinePoint kCNCPoints[] = {
     {8.0, 33.5}, {9.25, 33.5}, {9.25, 7.0},
     {8.083333333333334, 7.0}, {7.925, 7.0}, {7.925, 10.0},
 };
-const ConstellationOutline kCNC = {"CNC", 12, kCNCPoints};
+const ConstellationOutline kCNC = {"CNC", 12, 0, kCNCPoints};
 
 const OutlinePoint kCOLPoints[] = {
     {5.0, -43.0}, {5.0, -27.25}, {6.116666666666666, -27.25},
     {6.116666666666666, -33.0}, {6.583333333333333, -33.0}, {6.583333333333333, -43.0},
     {6.0, -43.0},
 };
-const ConstellationOutline kCOL = {"COL", 7, kCOLPoints};
+const ConstellationOutline kCOL = {"COL", 7, 0, kCOLPoints};
 
 const OutlinePoint kCOMPoints[] = {
     {11.866666666666667, 14.0}, {11.866666666666667, 29.0}, {12.0, 29.0},
@@ -249,13 +249,13 @@ const OutlinePoint kCOMPoints[] = {
     {13.25, 32.0}, {13.25, 28.5}, {13.5, 28.5},
     {13.5, 15.0}, {12.833333333333334, 15.0}, {12.833333333333334, 14.0},
 };
-const ConstellationOutline kCOM = {"COM", 12, kCOMPoints};
+const ConstellationOutline kCOM = {"COM", 12, 0, kCOMPoints};
 
 const OutlinePoint kCRAPoints[] = {
     {17.833333333333332, -45.5}, {17.833333333333332, -37.0}, {19.166666666666668, -37.0},
     {19.166666666666668, -45.5}, {18.0, -45.5},
 };
-const ConstellationOutline kCRA = {"CRA", 5, kCRAPoints};
+const ConstellationOutline kCRA = {"CRA", 5, 0, kCRAPoints};
 
 const OutlinePoint kCRBPoints[] = {
     {15.183333333333334, 26.0}, {15.183333333333334, 33.0}, {15.433333333333334, 33.0},
@@ -263,26 +263,26 @@ const OutlinePoint kCRBPoints[] = {
     {16.333333333333332, 27.0}, {16.166666666666668, 27.0}, {16.166666666666668, 26.0},
     {16.033333333333335, 26.0},
 };
-const ConstellationOutline kCRB = {"CRB", 10, kCRBPoints};
+const ConstellationOutline kCRB = {"CRB", 10, 0, kCRBPoints};
 
 const OutlinePoint kCRTPoints[] = {
     {10.75, -19.0}, {10.75, -11.0}, {10.75, -6.0},
     {11.516666666666667, -6.0}, {11.833333333333334, -6.0}, {11.833333333333334, -11.0},
     {11.833333333333334, -24.5}, {10.833333333333334, -24.5}, {10.833333333333334, -19.0},
 };
-const ConstellationOutline kCRT = {"CRT", 9, kCRTPoints};
+const ConstellationOutline kCRT = {"CRT", 9, 0, kCRTPoints};
 
 const OutlinePoint kCRUPoints[] = {
     {11.833333333333334, -64.0}, {11.833333333333334, -55.0}, {12.833333333333334, -55.0},
     {12.833333333333334, -64.0},
 };
-const ConstellationOutline kCRU = {"CRU", 4, kCRUPoints};
+const ConstellationOutline kCRU = {"CRU", 4, 0, kCRUPoints};
 
 const OutlinePoint kCRVPoints[] = {
     {11.833333333333334, -24.5}, {11.833333333333334, -11.0}, {12.833333333333334, -11.0},
     {12.833333333333334, -22.0}, {12.583333333333334, -22.0}, {12.583333333333334, -24.5},
 };
-const ConstellationOutline kCRV = {"CRV", 6, kCRVPoints};
+const ConstellationOutline kCRV = {"CRV", 6, 0, kCRVPoints};
 
 const OutlinePoint kCVNPoints[] = {
     {12.0, 34.0}, {12.0, 45.0}, {12.083333333333334, 45.0},
@@ -291,7 +291,7 @@ const OutlinePoint kCVNPoints[] = {
     {13.958333333333334, 28.5}, {13.5, 28.5}, {13.25, 28.5},
     {13.25, 32.0}, {12.333333333333334, 32.0}, {12.333333333333334, 34.0},
 };
-const ConstellationOutline kCVN = {"CVN", 15, kCVNPoints};
+const ConstellationOutline kCVN = {"CVN", 15, 0, kCVNPoints};
 
 const OutlinePoint kCYGPoints[] = {
     {19.083333333333332, 47.5}, {19.083333333333332, 55.5}, {19.416666666666668, 55.5},
@@ -306,7 +306,7 @@ const OutlinePoint kCYGPoints[] = {
     {19.358333333333334, 30.0}, {19.358333333333334, 36.5}, {19.4, 36.5},
     {19.4, 43.5}, {19.166666666666668, 43.5}, {19.166666666666668, 47.5},
 };
-const ConstellationOutline kCYG = {"CYG", 33, kCYGPoints};
+const ConstellationOutline kCYG = {"CYG", 33, 0, kCYGPoints};
 
 const OutlinePoint kDELPoints[] = {
     {20.141666666666666, 8.5}, {20.141666666666666, 15.75}, {20.25, 15.75},
@@ -315,7 +315,7 @@ const OutlinePoint kDELPoints[] = {
     {20.875, 6.0}, {20.833333333333332, 6.0}, {20.833333333333332, 2.0},
     {20.533333333333335, 2.0}, {20.3, 2.0}, {20.3, 8.5},
 };
-const ConstellationOutline kDEL = {"DEL", 15, kDELPoints};
+const ConstellationOutline kDEL = {"DEL", 15, 0, kDELPoints};
 
 const OutlinePoint kDORPoints[] = {
     {3.8333333333333335, -53.166666666666664}, {3.8333333333333335, -51.0}, {4.083333333333333, -51.0},
@@ -327,7 +327,7 @@ const OutlinePoint kDORPoints[] = {
     {4.333333333333333, -59.0}, {4.333333333333333, -56.5}, {4.0, -56.5},
     {4.0, -53.166666666666664},
 };
-const ConstellationOutline kDOR = {"DOR", 22, kDORPoints};
+const ConstellationOutline kDOR = {"DOR", 22, 0, kDORPoints};
 
 const OutlinePoint kDRAPoints[] = {
     {9.166666666666666, 73.5}, {9.166666666666666, 82.0}, {10.666666666666666, 82.0},
@@ -348,14 +348,14 @@ const OutlinePoint kDRAPoints[] = {
     {13.5, 64.0}, {12.0, 64.0}, {12.0, 66.5},
     {11.333333333333334, 66.5}, {11.333333333333334, 73.5},
 };
-const ConstellationOutline kDRA = {"DRA", 50, kDRAPoints};
+const ConstellationOutline kDRA = {"DRA", 50, 0, kDRAPoints};
 
 const OutlinePoint kEQUPoints[] = {
     {20.833333333333332, 2.0}, {20.833333333333332, 6.0}, {20.875, 6.0},
     {20.875, 11.833333333333334}, {21.05, 11.833333333333334}, {21.116666666666667, 11.833333333333334},
     {21.116666666666667, 12.5}, {21.333333333333332, 12.5}, {21.333333333333332, 2.0},
 };
-const ConstellationOutline kEQU = {"EQU", 9, kEQUPoints};
+const ConstellationOutline kEQU = {"EQU", 9, 0, kEQUPoints};
 
 const OutlinePoint kERIPoints[] = {
     {1.3333333333333333, -58.5}, {1.3333333333333333, -53.5}, {1.5833333333333333, -53.5},
@@ -375,7 +375,7 @@ const OutlinePoint kERIPoints[] = {
     {2.4166666666666665, -51.0}, {2.4166666666666665, -54.0}, {2.1666666666666665, -54.0},
     {2.1666666666666665, -58.5},
 };
-const ConstellationOutline kERI = {"ERI", 46, kERIPoints};
+const ConstellationOutline kERI = {"ERI", 46, 0, kERIPoints};
 
 const OutlinePoint kFORPoints[] = {
     {1.6666666666666667, -40.0}, {1.6666666666666667, -25.5}, {1.6666666666666667, -24.383333333333333},
@@ -383,7 +383,7 @@ const OutlinePoint kFORPoints[] = {
     {3.5, -36.0}, {3.5, -39.583333333333336}, {3.0, -39.583333333333336},
     {3.0, -40.0}, {2.3333333333333335, -40.0},
 };
-const ConstellationOutline kFOR = {"FOR", 11, kFORPoints};
+const ConstellationOutline kFOR = {"FOR", 11, 0, kFORPoints};
 
 const OutlinePoint kGEMPoints[] = {
     {5.883333333333334, 21.5}, {5.883333333333334, 22.833333333333332}, {5.883333333333334, 28.0},
@@ -395,14 +395,14 @@ const OutlinePoint kGEMPoints[] = {
     {6.933333333333334, 10.0}, {6.933333333333334, 12.0}, {6.308333333333334, 12.0},
     {6.308333333333334, 17.5}, {6.216666666666667, 17.5}, {6.216666666666667, 21.5},
 };
-const ConstellationOutline kGEM = {"GEM", 24, kGEMPoints};
+const ConstellationOutline kGEM = {"GEM", 24, 0, kGEMPoints};
 
 const OutlinePoint kGRUPoints[] = {
     {21.333333333333332, -50.0}, {21.333333333333332, -45.5}, {21.333333333333332, -37.0},
     {23.0, -37.0}, {23.333333333333332, -37.0}, {23.333333333333332, -40.0},
     {23.333333333333332, -57.0}, {22.0, -57.0}, {22.0, -50.0},
 };
-const ConstellationOutline kGRU = {"GRU", 9, kGRUPoints};
+const ConstellationOutline kGRU = {"GRU", 9, 0, kGRUPoints};
 
 const OutlinePoint kHERPoints[] = {
     {15.75, 40.0}, {15.75, 51.5}, {17.0, 51.5},
@@ -417,7 +417,7 @@ const OutlinePoint kHERPoints[] = {
     {16.033333333333335, 22.0}, {16.033333333333335, 26.0}, {16.166666666666668, 26.0},
     {16.166666666666668, 27.0}, {16.333333333333332, 27.0}, {16.333333333333332, 40.0},
 };
-const ConstellationOutline kHER = {"HER", 33, kHERPoints};
+const ConstellationOutline kHER = {"HER", 33, 0, kHERPoints};
 
 const OutlinePoint kHORPoints[] = {
     {2.1666666666666665, -67.5}, {2.1666666666666665, -58.5}, {2.1666666666666665, -54.0},
@@ -429,7 +429,7 @@ const OutlinePoint kHORPoints[] = {
     {3.8333333333333335, -53.166666666666664}, {3.5, -53.166666666666664}, {3.5, -57.5},
     {3.2, -57.5}, {3.2, -67.5},
 };
-const ConstellationOutline kHOR = {"HOR", 23, kHORPoints};
+const ConstellationOutline kHOR = {"HOR", 23, 0, kHORPoints};
 
 const OutlinePoint kHYAPoints[] = {
     {8.083333333333334, -11.0}, {8.083333333333334, 0.0}, {8.083333333333334, 7.0},
@@ -446,7 +446,7 @@ const OutlinePoint kHYAPoints[] = {
     {9.083333333333334, -19.0}, {8.583333333333334, -19.0}, {8.583333333333334, -17.0},
     {8.366666666666667, -17.0}, {8.366666666666667, -11.0},
 };
-const ConstellationOutline kHYA = {"HYA", 38, kHYAPoints};
+const ConstellationOutline kHYA = {"HYA", 38, 0, kHYAPoints};
 
 const OutlinePoint kHYIPoints[] = {
     {0.0, -82.5}, {0.0, -75.0}, {0.75, -75.0},
@@ -455,7 +455,7 @@ const OutlinePoint kHYIPoints[] = {
     {4.583333333333333, -67.5}, {4.583333333333333, -70.0}, {4.583333333333333, -75.0},
     {3.5, -75.0}, {3.5, -82.5},
 };
-const ConstellationOutline kHYI = {"HYI", 14, kHYIPoints};
+const ConstellationOutline kHYI = {"HYI", 14, 0, kHYIPoints};
 
 const OutlinePoint kINDPoints[] = {
     {20.333333333333332, -60.0}, {20.333333333333332, -57.0}, {20.333333333333332, -45.5},
@@ -463,7 +463,7 @@ const OutlinePoint kINDPoints[] = {
     {22.0, -57.0}, {22.0, -67.5}, {23.333333333333332, -67.5},
     {23.333333333333332, -75.0}, {21.333333333333332, -75.0}, {21.333333333333332, -60.0},
 };
-const ConstellationOutline kIND = {"IND", 12, kINDPoints};
+const ConstellationOutline kIND = {"IND", 12, 0, kINDPoints};
 
 const OutlinePoint kLACPoints[] = {
     {21.875, 36.0}, {21.875, 43.75}, {21.908333333333335, 43.75},
@@ -473,7 +473,7 @@ const OutlinePoint kLACPoints[] = {
     {22.866666666666667, 34.5}, {22.816666666666666, 34.5}, {22.816666666666666, 35.0},
     {22.0, 35.0}, {22.0, 36.0},
 };
-const ConstellationOutline kLAC = {"LAC", 17, kLACPoints};
+const ConstellationOutline kLAC = {"LAC", 17, 0, kLACPoints};
 
 const OutlinePoint kLEOPoints[] = {
     {9.25, 7.0}, {9.25, 33.5}, {9.883333333333333, 33.5},
@@ -483,14 +483,14 @@ const OutlinePoint kLEOPoints[] = {
     {11.866666666666667, 11.0}, {11.516666666666667, 11.0}, {11.516666666666667, -6.0},
     {10.75, -6.0}, {10.75, 7.0}, {9.583333333333334, 7.0},
 };
-const ConstellationOutline kLEO = {"LEO", 18, kLEOPoints};
+const ConstellationOutline kLEO = {"LEO", 18, 0, kLEOPoints};
 
 const OutlinePoint kLEPPoints[] = {
     {4.833333333333333, -27.25}, {4.833333333333333, -14.5}, {4.916666666666667, -14.5},
     {4.916666666666667, -11.0}, {5.083333333333333, -11.0}, {5.833333333333333, -11.0},
     {6.116666666666666, -11.0}, {6.116666666666666, -27.25}, {5.0, -27.25},
 };
-const ConstellationOutline kLEP = {"LEP", 9, kLEPPoints};
+const ConstellationOutline kLEP = {"LEP", 9, 0, kLEPPoints};
 
 const OutlinePoint kLIBPoints[] = {
     {14.25, -24.5}, {14.25, -22.0}, {14.25, -8.0},
@@ -499,7 +499,7 @@ const OutlinePoint kLIBPoints[] = {
     {15.916666666666666, -20.0}, {15.666666666666666, -20.0}, {15.666666666666666, -29.5},
     {14.916666666666666, -29.5}, {14.916666666666666, -24.5},
 };
-const ConstellationOutline kLIB = {"LIB", 14, kLIBPoints};
+const ConstellationOutline kLIB = {"LIB", 14, 0, kLIBPoints};
 
 const OutlinePoint kLMIPoints[] = {
     {9.25, 33.5}, {9.25, 39.75}, {9.583333333333334, 39.75},
@@ -509,7 +509,7 @@ const OutlinePoint kLMIPoints[] = {
     {10.75, 23.5}, {10.5, 23.5}, {10.5, 28.5},
     {9.883333333333333, 28.5}, {9.883333333333333, 33.5},
 };
-const ConstellationOutline kLMI = {"LMI", 17, kLMIPoints};
+const ConstellationOutline kLMI = {"LMI", 17, 0, kLMIPoints};
 
 const OutlinePoint kLUPPoints[] = {
     {14.166666666666666, -55.0}, {14.166666666666666, -42.0}, {14.916666666666666, -42.0},
@@ -518,7 +518,7 @@ const OutlinePoint kLUPPoints[] = {
     {15.333333333333334, -48.0}, {15.333333333333334, -54.0}, {15.05, -54.0},
     {15.05, -55.0}, {14.533333333333333, -55.0},
 };
-const ConstellationOutline kLUP = {"LUP", 14, kLUPPoints};
+const ConstellationOutline kLUP = {"LUP", 14, 0, kLUPPoints};
 
 const OutlinePoint kLYNPoints[] = {
     {6.1, 54.0}, {6.1, 56.0}, {6.1, 62.0},
@@ -530,7 +530,7 @@ const OutlinePoint kLYNPoints[] = {
     {7.366666666666666, 44.5}, {6.8, 44.5}, {6.8, 50.0},
     {6.5, 50.0}, {6.5, 54.0},
 };
-const ConstellationOutline kLYN = {"LYN", 23, kLYNPoints};
+const ConstellationOutline kLYN = {"LYN", 23, 0, kLYNPoints};
 
 const OutlinePoint kLYRPoints[] = {
     {18.175, 30.0}, {18.175, 47.5}, {18.233333333333334, 47.5},
@@ -540,7 +540,7 @@ const OutlinePoint kLYRPoints[] = {
     {19.258333333333333, 25.5}, {18.866666666666667, 25.5}, {18.866666666666667, 26.0},
     {18.366666666666667, 26.0}, {18.366666666666667, 30.0},
 };
-const ConstellationOutline kLYR = {"LYR", 17, kLYRPoints};
+const ConstellationOutline kLYR = {"LYR", 17, 0, kLYRPoints};
 
 const OutlinePoint kMENPoints[] = {
     {3.5, -85.0}, {3.5, -82.5}, {3.5, -75.0},
@@ -548,13 +548,13 @@ const OutlinePoint kMENPoints[] = {
     {6.583333333333333, -75.0}, {7.666666666666667, -75.0}, {7.666666666666667, -82.5},
     {7.666666666666667, -85.0},
 };
-const ConstellationOutline kMEN = {"MEN", 10, kMENPoints};
+const ConstellationOutline kMEN = {"MEN", 10, 0, kMENPoints};
 
 const OutlinePoint kMICPoints[] = {
     {20.333333333333332, -45.5}, {20.333333333333332, -28.0}, {21.333333333333332, -28.0},
     {21.333333333333332, -37.0}, {21.333333333333332, -45.5},
 };
-const ConstellationOutline kMIC = {"MIC", 5, kMICPoints};
+const ConstellationOutline kMIC = {"MIC", 5, 0, kMICPoints};
 
 const OutlinePoint kMONPoints[] = {
     {5.833333333333333, -11.0}, {5.833333333333333, -4.0}, {6.241666666666666, -4.0},
@@ -564,14 +564,14 @@ const OutlinePoint kMONPoints[] = {
     {7.2, 1.5}, {7.2, 0.0}, {8.083333333333334, 0.0},
     {8.083333333333334, -11.0}, {7.366666666666666, -11.0}, {6.116666666666666, -11.0},
 };
-const ConstellationOutline kMON = {"MON", 18, kMONPoints};
+const ConstellationOutline kMON = {"MON", 18, 0, kMONPoints};
 
 const OutlinePoint kMUSPoints[] = {
     {11.25, -75.0}, {11.25, -64.0}, {11.833333333333334, -64.0},
     {12.833333333333334, -64.0}, {13.5, -64.0}, {13.5, -65.0},
     {13.666666666666666, -65.0}, {13.666666666666666, -70.0}, {13.666666666666666, -75.0},
 };
-const ConstellationOutline kMUS = {"MUS", 9, kMUSPoints};
+const ConstellationOutline kMUS = {"MUS", 9, 0, kMUSPoints};
 
 const OutlinePoint kNORPoints[] = {
     {15.05, -55.0}, {15.05, -54.0}, {15.333333333333334, -54.0},
@@ -579,7 +579,7 @@ const OutlinePoint kNORPoints[] = {
     {16.0, -42.0}, {16.420833333333334, -42.0}, {16.420833333333334, -45.5},
     {16.420833333333334, -60.0}, {15.333333333333334, -60.0}, {15.333333333333334, -55.0},
 };
-const ConstellationOutline kNOR = {"NOR", 12, kNORPoints};
+const ConstellationOutline kNOR = {"NOR", 12, 0, kNORPoints};
 
 const OutlinePoint kOCTPoints[] = {
     {0.0, -82.5}, {3.5, -82.5}, {3.5, -85.0},
@@ -587,7 +587,7 @@ const OutlinePoint kOCTPoints[] = {
     {18.0, -82.5}, {18.0, -75.0}, {21.333333333333332, -75.0},
     {23.333333333333332, -75.0}, {0.0, -75.0},
 };
-const ConstellationOutline kOCT = {"OCT", 11, kOCTPoints};
+const ConstellationOutline kOCT = {"OCT", 11, 0, kOCTPoints};
 
 const OutlinePoint kOPHPoints[] = {
     {15.916666666666666, -8.0}, {15.916666666666666, -3.25}, {16.266666666666666, -3.25},
@@ -604,7 +604,7 @@ const OutlinePoint kOPHPoints[] = {
     {16.266666666666666, -19.25}, {16.375, -19.25}, {16.375, -18.25},
     {16.266666666666666, -18.25}, {16.266666666666666, -8.0},
 };
-const ConstellationOutline kOPH = {"OPH", 38, kOPHPoints};
+const ConstellationOutline kOPH = {"OPH", 38, 0, kOPHPoints};
 
 const OutlinePoint kORIPoints[] = {
     {4.616666666666666, 0.0}, {4.616666666666666, 15.5}, {4.966666666666667, 15.5},
@@ -617,14 +617,14 @@ const OutlinePoint kORIPoints[] = {
     {5.833333333333333, -4.0}, {5.833333333333333, -11.0}, {5.083333333333333, -11.0},
     {5.083333333333333, -4.0}, {4.666666666666667, -4.0}, {4.666666666666667, 0.0},
 };
-const ConstellationOutline kORI = {"ORI", 27, kORIPoints};
+const ConstellationOutline kORI = {"ORI", 27, 0, kORIPoints};
 
 const OutlinePoint kPAVPoints[] = {
     {17.5, -67.5}, {17.5, -57.0}, {18.0, -57.0},
     {20.333333333333332, -57.0}, {20.333333333333332, -60.0}, {21.333333333333332, -60.0},
     {21.333333333333332, -75.0}, {18.0, -75.0}, {18.0, -67.5},
 };
-const ConstellationOutline kPAV = {"PAV", 9, kPAVPoints};
+const ConstellationOutline kPAV = {"PAV", 9, 0, kPAVPoints};
 
 const OutlinePoint kPEGPoints[] = {
     {21.05, 11.833333333333334}, {21.05, 19.5}, {21.25, 19.5},
@@ -642,7 +642,7 @@ const OutlinePoint kPEGPoints[] = {
     {21.466666666666665, 2.0}, {21.333333333333332, 2.0}, {21.333333333333332, 12.5},
     {21.116666666666667, 12.5}, {21.116666666666667, 11.833333333333334},
 };
-const ConstellationOutline kPEG = {"PEG", 41, kPEGPoints};
+const ConstellationOutline kPEG = {"PEG", 41, 0, kPEGPoints};
 
 const OutlinePoint kPERPoints[] = {
     {1.3666666666666667, 50.0}, {1.3666666666666667, 54.0}, {1.7, 54.0},
@@ -656,7 +656,7 @@ const OutlinePoint kPERPoints[] = {
     {2.0416666666666665, 50.5}, {2.0416666666666665, 47.0}, {1.6666666666666667, 47.0},
     {1.6666666666666667, 50.0},
 };
-const ConstellationOutline kPER = {"PER", 28, kPERPoints};
+const ConstellationOutline kPER = {"PER", 28, 0, kPERPoints};
 
 const OutlinePoint kPHEPoints[] = {
     {23.333333333333332, -58.5}, {23.333333333333332, -57.0}, {23.333333333333332, -40.0},
@@ -664,7 +664,7 @@ const OutlinePoint kPHEPoints[] = {
     {1.8333333333333333, -48.166666666666664}, {1.8333333333333333, -51.5}, {1.5833333333333333, -51.5},
     {1.5833333333333333, -53.5}, {1.3333333333333333, -53.5}, {1.3333333333333333, -58.5},
 };
-const ConstellationOutline kPHE = {"PHE", 12, kPHEPoints};
+const ConstellationOutline kPHE = {"PHE", 12, 0, kPHEPoints};
 
 const OutlinePoint kPICPoints[] = {
     {4.5, -54.0}, {4.5, -49.0}, {4.5, -46.5},
@@ -676,13 +676,13 @@ const OutlinePoint kPICPoints[] = {
     {5.5, -61.0}, {5.5, -57.5}, {5.0, -57.5},
     {5.0, -54.0},
 };
-const ConstellationOutline kPIC = {"PIC", 22, kPICPoints};
+const ConstellationOutline kPIC = {"PIC", 22, 0, kPICPoints};
 
 const OutlinePoint kPSAPoints[] = {
     {21.333333333333332, -37.0}, {21.333333333333332, -28.0}, {21.333333333333332, -25.5},
     {21.866666666666667, -25.5}, {23.0, -25.5}, {23.0, -37.0},
 };
-const ConstellationOutline kPSA = {"PSA", 6, kPSAPoints};
+const ConstellationOutline kPSA = {"PSA", 6, 0, kPSAPoints};
 
 const OutlinePoint kPSCPoints[] = {
     {22.75, -4.0}, {22.75, 2.0}, {22.75, 7.5},
@@ -694,7 +694,7 @@ const OutlinePoint kPSCPoints[] = {
     {2.0, 9.916666666666666}, {2.0, 2.0}, {0.3333333333333333, 2.0},
     {0.3333333333333333, -7.0}, {23.833333333333332, -7.0}, {23.833333333333332, -4.0},
 };
-const ConstellationOutline kPSC = {"PSC", 24, kPSCPoints};
+const ConstellationOutline kPSC = {"PSC", 24, 0, kPSCPoints};
 
 const OutlinePoint kPUPPoints[] = {
     {6.0, -50.75}, {6.0, -43.0}, {6.583333333333333, -43.0},
@@ -703,14 +703,14 @@ const OutlinePoint kPUPPoints[] = {
     {8.366666666666667, -36.75}, {8.366666666666667, -43.0}, {8.0, -43.0},
     {8.0, -50.75},
 };
-const ConstellationOutline kPUP = {"PUP", 13, kPUPPoints};
+const ConstellationOutline kPUP = {"PUP", 13, 0, kPUPPoints};
 
 const OutlinePoint kPYXPoints[] = {
     {8.366666666666667, -36.75}, {8.366666666666667, -17.0}, {8.583333333333334, -17.0},
     {8.583333333333334, -19.0}, {9.083333333333334, -19.0}, {9.083333333333334, -24.0},
     {9.366666666666667, -24.0}, {9.366666666666667, -36.75},
 };
-const ConstellationOutline kPYX = {"PYX", 8, kPYXPoints};
+const ConstellationOutline kPYX = {"PYX", 8, 0, kPYXPoints};
 
 const OutlinePoint kRETPoints[] = {
     {3.2, -67.5}, {3.2, -57.5}, {3.5, -57.5},
@@ -718,14 +718,14 @@ const OutlinePoint kRETPoints[] = {
     {4.0, -56.5}, {4.333333333333333, -56.5}, {4.333333333333333, -59.0},
     {4.583333333333333, -59.0}, {4.583333333333333, -67.5},
 };
-const ConstellationOutline kRET = {"RET", 11, kRETPoints};
+const ConstellationOutline kRET = {"RET", 11, 0, kRETPoints};
 
 const OutlinePoint kSCLPoints[] = {
     {23.0, -37.0}, {23.0, -25.5}, {23.833333333333332, -25.5},
     {1.6666666666666667, -25.5}, {1.6666666666666667, -40.0}, {23.333333333333332, -40.0},
     {23.333333333333332, -37.0},
 };
-const ConstellationOutline kSCL = {"SCL", 7, kSCLPoints};
+const ConstellationOutline kSCL = {"SCL", 7, 0, kSCLPoints};
 
 const OutlinePoint kSCOPoints[] = {
     {15.666666666666666, -29.5}, {15.666666666666666, -20.0}, {15.916666666666666, -20.0},
@@ -736,13 +736,13 @@ const OutlinePoint kSCOPoints[] = {
     {17.833333333333332, -45.5}, {16.420833333333334, -45.5}, {16.420833333333334, -42.0},
     {16.0, -42.0}, {16.0, -29.5},
 };
-const ConstellationOutline kSCO = {"SCO", 20, kSCOPoints};
+const ConstellationOutline kSCO = {"SCO", 20, 0, kSCOPoints};
 
 const OutlinePoint kSCTPoints[] = {
     {18.25, -16.0}, {18.25, -4.0}, {18.583333333333332, -4.0},
     {18.866666666666667, -4.0}, {18.866666666666667, -12.033333333333333}, {18.866666666666667, -16.0},
 };
-const ConstellationOutline kSCT = {"SCT", 6, kSCTPoints};
+const ConstellationOutline kSCT = {"SCT", 6, 0, kSCTPoints};
 
 const OutlinePoint kSERPoints[] = {
     {15.083333333333334, -3.25}, {15.083333333333334, 0.0}, {15.083333333333334, 8.0},
@@ -759,13 +759,13 @@ const OutlinePoint kSERPoints[] = {
     {18.583333333333332, 2.0}, {18.583333333333332, -4.0}, {18.25, -4.0},
     {18.25, -16.0}, {17.6, -16.0},
 };
-const ConstellationOutline kSER = {"SER", 38, kSERPoints};
+const ConstellationOutline kSER = {"SER", 38, 14, kSERPoints};
 
 const OutlinePoint kSEXPoints[] = {
     {9.583333333333334, -11.0}, {9.583333333333334, 7.0}, {10.75, 7.0},
     {10.75, -6.0}, {10.75, -11.0},
 };
-const ConstellationOutline kSEX = {"SEX", 5, kSEXPoints};
+const ConstellationOutline kSEX = {"SEX", 5, 0, kSEXPoints};
 
 const OutlinePoint kSGEPoints[] = {
     {18.866666666666667, 18.5}, {18.866666666666667, 21.083333333333332}, {19.25, 21.083333333333332},
@@ -774,7 +774,7 @@ const OutlinePoint kSGEPoints[] = {
     {20.141666666666666, 15.75}, {19.833333333333332, 15.75}, {19.833333333333332, 16.166666666666668},
     {19.0, 16.166666666666668}, {19.0, 18.5},
 };
-const ConstellationOutline kSGE = {"SGE", 14, kSGEPoints};
+const ConstellationOutline kSGE = {"SGE", 14, 0, kSGEPoints};
 
 const OutlinePoint kSGRPoints[] = {
     {17.6, -30.0}, {17.6, -16.0}, {18.25, -16.0},
@@ -783,7 +783,7 @@ const OutlinePoint kSGRPoints[] = {
     {19.166666666666668, -45.5}, {19.166666666666668, -37.0}, {17.833333333333332, -37.0},
     {17.833333333333332, -30.0},
 };
-const ConstellationOutline kSGR = {"SGR", 13, kSGRPoints};
+const ConstellationOutline kSGR = {"SGR", 13, 0, kSGRPoints};
 
 const OutlinePoint kTAUPoints[] = {
     {3.283333333333333, -1.75}, {3.283333333333333, 9.916666666666666}, {3.283333333333333, 19.0},
@@ -796,13 +796,13 @@ const OutlinePoint kTAUPoints[] = {
     {4.966666666666667, 15.5}, {4.616666666666666, 15.5}, {4.616666666666666, 0.0},
     {3.5833333333333335, 0.0}, {3.5833333333333335, -1.75},
 };
-const ConstellationOutline kTAU = {"TAU", 26, kTAUPoints};
+const ConstellationOutline kTAU = {"TAU", 26, 0, kTAUPoints};
 
 const OutlinePoint kTELPoints[] = {
     {18.0, -57.0}, {18.0, -45.5}, {19.166666666666668, -45.5},
     {20.333333333333332, -45.5}, {20.333333333333332, -57.0},
 };
-const ConstellationOutline kTEL = {"TEL", 5, kTELPoints};
+const ConstellationOutline kTEL = {"TEL", 5, 0, kTELPoints};
 
 const OutlinePoint kTRAPoints[] = {
     {14.75, -70.0}, {14.75, -67.5}, {14.916666666666666, -67.5},
@@ -812,7 +812,7 @@ const OutlinePoint kTRAPoints[] = {
     {16.75, -63.583333333333336}, {16.75, -65.0}, {16.833333333333332, -65.0},
     {16.833333333333332, -67.5}, {17.0, -67.5}, {17.0, -70.0},
 };
-const ConstellationOutline kTRA = {"TRA", 18, kTRAPoints};
+const ConstellationOutline kTRA = {"TRA", 18, 0, kTRAPoints};
 
 const OutlinePoint kTRIPoints[] = {
     {1.4083333333333334, 28.0}, {1.4083333333333334, 33.0}, {1.4083333333333334, 35.0},
@@ -822,7 +822,7 @@ const OutlinePoint kTRIPoints[] = {
     {1.9166666666666667, 27.25}, {1.9166666666666667, 25.0}, {1.6666666666666667, 25.0},
     {1.6666666666666667, 28.0},
 };
-const ConstellationOutline kTRI = {"TRI", 16, kTRIPoints};
+const ConstellationOutline kTRI = {"TRI", 16, 0, kTRIPoints};
 
 const OutlinePoint kTUCPoints[] = {
     {22.0, -67.5}, {22.0, -57.0}, {23.333333333333332, -57.0},
@@ -830,7 +830,7 @@ const OutlinePoint kTUCPoints[] = {
     {0.75, -76.0}, {0.75, -75.0}, {0.0, -75.0},
     {23.333333333333332, -75.0}, {23.333333333333332, -67.5},
 };
-const ConstellationOutline kTUC = {"TUC", 11, kTUCPoints};
+const ConstellationOutline kTUC = {"TUC", 11, 0, kTUCPoints};
 
 const OutlinePoint kUMAPoints[] = {
     {7.966666666666667, 60.0}, {7.966666666666667, 73.5}, {9.166666666666666, 73.5},
@@ -845,7 +845,7 @@ const OutlinePoint kUMAPoints[] = {
     {9.583333333333334, 42.0}, {9.166666666666666, 42.0}, {9.166666666666666, 47.0},
     {8.416666666666666, 47.0}, {8.416666666666666, 60.0},
 };
-const ConstellationOutline kUMA = {"UMA", 32, kUMAPoints};
+const ConstellationOutline kUMA = {"UMA", 32, 0, kUMAPoints};
 
 const OutlinePoint kUMIPoints[] = {
     {8.0, 86.5}, {8.0, 88.0}, {23.0, 88.0},
@@ -857,7 +857,7 @@ const OutlinePoint kUMIPoints[] = {
     {13.583333333333334, 77.0}, {13.583333333333334, 80.0}, {14.5, 80.0},
     {14.5, 86.5},
 };
-const ConstellationOutline kUMI = {"UMI", 22, kUMIPoints};
+const ConstellationOutline kUMI = {"UMI", 22, 0, kUMIPoints};
 
 const OutlinePoint kVELPoints[] = {
     {8.0, -50.75}, {8.0, -43.0}, {8.366666666666667, -43.0},
@@ -866,7 +866,7 @@ const OutlinePoint kVELPoints[] = {
     {8.833333333333334, -54.5}, {8.45, -54.5}, {8.45, -53.0},
     {8.166666666666666, -53.0}, {8.166666666666666, -50.75},
 };
-const ConstellationOutline kVEL = {"VEL", 14, kVELPoints};
+const ConstellationOutline kVEL = {"VEL", 14, 0, kVELPoints};
 
 const OutlinePoint kVIRPoints[] = {
     {11.516666666666667, -6.0}, {11.516666666666667, 11.0}, {11.866666666666667, 11.0},
@@ -876,14 +876,14 @@ const OutlinePoint kVIRPoints[] = {
     {14.25, -8.0}, {14.25, -22.0}, {12.833333333333334, -22.0},
     {12.833333333333334, -11.0}, {11.833333333333334, -11.0}, {11.833333333333334, -6.0},
 };
-const ConstellationOutline kVIR = {"VIR", 18, kVIRPoints};
+const ConstellationOutline kVIR = {"VIR", 18, 0, kVIRPoints};
 
 const OutlinePoint kVOLPoints[] = {
     {6.583333333333333, -75.0}, {6.583333333333333, -70.0}, {6.583333333333333, -64.0},
     {6.833333333333333, -64.0}, {9.033333333333333, -64.0}, {9.033333333333333, -75.0},
     {7.666666666666667, -75.0},
 };
-const ConstellationOutline kVOL = {"VOL", 7, kVOLPoints};
+const ConstellationOutline kVOL = {"VOL", 7, 0, kVOLPoints};
 
 const OutlinePoint kVULPoints[] = {
     {18.866666666666667, 21.083333333333332}, {18.866666666666667, 25.5}, {19.258333333333333, 25.5},
@@ -894,7 +894,7 @@ const OutlinePoint kVULPoints[] = {
     {20.25, 20.5}, {20.25, 21.25}, {19.833333333333332, 21.25},
     {19.833333333333332, 19.166666666666668}, {19.25, 19.166666666666668}, {19.25, 21.083333333333332},
 };
-const ConstellationOutline kVUL = {"VUL", 21, kVULPoints};
+const ConstellationOutline kVUL = {"VUL", 21, 0, kVULPoints};
 
 } // namespace
 

@@ -51,6 +51,11 @@ QPoint LatLongToPoint(int mapWidth, int mapHeight, int mapOffset, double latitud
     return QPoint(x, y);
 }
 
+double MapRollDegrees(int mapWidth, int mapOffset)
+{
+    return mapWidth > 0 ? double(mapWidth / 24) * mapOffset * 360.0 / mapWidth : 0.0;
+}
+
 QPoint AzAltToDial(const QRect &dial, double azimuth, double altitude)
 {
     // The dial image has a fixed 540-pixel radius to its nadir.

@@ -40,6 +40,11 @@ constexpr double kDrawDegToRad = 0.017453292519944444;
 QPoint LatLongToPoint(int mapWidth, int mapHeight, int mapOffset, double latitude,
                       double longitude);
 
+// How far east, in degrees, LatLongToPoint rolls every place: mapWidth / 24
+// pixels an hour of offset. A sphere wrapped in the rolled map shows a place
+// of longitude L at L plus this.
+double MapRollDegrees(int mapWidth, int mapOffset);
+
 // Equal-area azimuthal sky dial: zenith at the rectangle's centre, horizon at
 // 540 * sin 45 pixels, nadir at 540 pixels whatever the rectangle's size.
 // North is up, east to the left (the sky seen looking up). The point is

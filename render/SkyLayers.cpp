@@ -6,6 +6,7 @@
 #include <QPaintEngine>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -31,6 +32,8 @@ const QRgb kStarRgb[kStarColours] = {0xa09eff, 0xa0d7ff, 0xd7e8ff, 0xffffff,
 
 int ColourStep(double colourIndex)
 {
+    if (colourIndex >= kUnknownColourIndex)
+        return 3;  // white
     int step = 0;
     while (step < kStarColours - 1 && !(colourIndex < kColourBounds[step]))
         ++step;
@@ -228,38 +231,133 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
     painter.setBrush(Paints().brushes[stars.back().colour]);
 }
 
+OutlinePoint Precess(OutlinePoint from, double fromJd, double toJd)
+{
+    // Lieske et al. 1977 (IAU 1976): zeta, z and theta in arcseconds, T from J2000 to the
+    // starting epoch and t from it to the final one, in Julian centuries.
+    const double T = (fromJd - kJ2000) / 36525.0, t = (toJd - fromJd) / 36525.0;
+    const double linear = 2306.2181 + 1.39656 * T - 0.000139 * T * T;
+    const double zeta = (linear + (0.30188 - 0.000344 * T) * t + 0.017998 * t * t) * t;
+    const double z = (linear + (1.09468 + 0.000066 * T) * t + 0.018203 * t * t) * t;
+    const double theta = ((2004.3109 - 0.85330 * T - 0.000217 * T * T)
+                          - (0.42665 + 0.000217 * T) * t - 0.041833 * t * t) * t;
+    constexpr double arcsecond = M_PI / 180.0 / 3600.0;
+    const double ra = from.rightAscension * M_PI / 12.0 + zeta * arcsecond;
+    const double dec = from.declination * M_PI / 180.0;
+    const double sinTheta = std::sin(theta * arcsecond), cosTheta = std::cos(theta * arcsecond);
+    const double a = std::cos(dec) * std::sin(ra);
+    const double b = cosTheta * std::cos(dec) * std::cos(ra) - sinTheta * std::sin(dec);
+    const double c = sinTheta * std::cos(dec) * std::cos(ra) + cosTheta * std::sin(dec);
+    double hours = std::fmod((std::atan2(a, b) + z * arcsecond) * 12.0 / M_PI, 24.0);
+    if (hours < 0)
+        hours += 24.0;
+    // Near the pole the declination from its cosine is the more exact.
+    const double declination = std::fabs(c) > 0.99 ? std::copysign(std::acos(std::hypot(a, b)), c)
+                                                    : std::asin(c);
+    return {hours, declination * 180.0 / M_PI};
+}
+
+OutlinePoint PrecessB1875ToJ2000(OutlinePoint b1875) { return Precess(b1875, kB1875, kJ2000); }
+
+namespace {
+constexpr double kParallelStep = 0.25;  // hours of right ascension
+constexpr double kHourCircleStep = 2.0; // degrees of declination
+} // namespace
+
+std::vector<std::vector<OutlinePoint>> OutlineParts(const ConstellationOutline &outline)
+{
+    std::vector<std::vector<OutlinePoint>> parts;
+    if (!outline.points || outline.count <= 0)
+        return parts;
+    const int second = outline.secondPart > 0 && outline.secondPart < outline.count
+                           ? outline.secondPart : outline.count;
+    for (auto [first, end] : {std::pair{0, second}, std::pair{second, int(outline.count)}}) {
+        if (first == end)
+            continue;
+        std::vector<OutlinePoint> part;
+        for (int i = first; i < end; ++i) {
+            const OutlinePoint &p = outline.points[i];
+            if (i > first) {
+                // Every edge runs along a parallel, the short way round (none
+                // spans 12 h), or along an hour circle. Precessed, either is a
+                // curve; points a quarter hour or two degrees apart keep the
+                // straight map lines between them within 1" of it.
+                const OutlinePoint &q = outline.points[i - 1];
+                const double hours = std::remainder(p.rightAscension - q.rightAscension, 24.0);
+                const double degrees = p.declination - q.declination;
+                const int pieces = int(std::ceil(std::max(std::fabs(hours) / kParallelStep,
+                                                          std::fabs(degrees) / kHourCircleStep)));
+                for (int k = 1; k < pieces; ++k)
+                    part.push_back(PrecessB1875ToJ2000({q.rightAscension + hours * k / pieces,
+                                                        q.declination + degrees * k / pieces}));
+            }
+            part.push_back(PrecessB1875ToJ2000(p));
+        }
+        parts.push_back(std::move(part));
+    }
+    return parts;
+}
+
+namespace {
+
+// A step from a to b on the map, the short way round: where that crosses the
+// map's edge, one piece out to the edge and one in from the other edge, at
+// the height where the line crosses it.
+void AddStep(std::vector<QLine> &segments, QPoint a, QPoint b, int width)
+{
+    const int dx = b.x() - a.x();
+    if (2 * std::abs(dx) <= width) {
+        segments.emplace_back(a, b);
+        return;
+    }
+    const bool leftward = dx > 0;  // the short way leaves by the left edge
+    const double bx = leftward ? b.x() - width : b.x() + width;
+    const double edge = leftward ? 0.0 : width;
+    const double t = std::clamp((edge - a.x()) / (bx - a.x()), 0.0, 1.0);
+    const int y = int(std::lround(a.y() + t * (b.y() - a.y())));
+    segments.emplace_back(a, QPoint(leftward ? 0 : width - 1, y));
+    segments.emplace_back(QPoint(leftward ? width - 1 : 0, y), b);
+}
+
+} // namespace
+
+std::vector<QLine> MapLines(const SkyView &view, const std::vector<std::vector<OutlinePoint>> &parts)
+{
+    std::vector<QLine> segments;
+    const int width = view.mapWidth;
+    if (width <= 0)
+        return segments;
+    for (const std::vector<OutlinePoint> &part : parts) {
+        QPoint previous;
+        for (size_t i = 0; i < part.size(); ++i) {
+            double longitude;
+            QPoint p = MapPoint(view, part[i].rightAscension, part[i].declination, longitude);
+            p.setX((p.x() % width + width) % width);  // on the map, whatever the offset
+            if (i > 0)
+                AddStep(segments, previous, p, width);
+            previous = p;
+        }
+    }
+    return segments;
+}
+
+std::vector<QLine> OutlineSegments(const SkyView &view, const ConstellationOutline *outline)
+{
+    return outline ? MapLines(view, OutlineParts(*outline)) : std::vector<QLine>();
+}
+
 void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutline *outline)
 {
-    if (!outline || !outline->points)
-        return;
-    const int right = view.mapWidth - 1, left = 1;
-    QPoint previous;
-    double previousLongitude = 0;
-    for (int i = 0; i < outline->count; ++i) {
-        double longitude;
-        const QPoint p = MapPoint(view, outline->points[i].rightAscension,
-                                  outline->points[i].declination, longitude);
-        if (i >= 1) {
-            if (previousLongitude < 0 && longitude > 0 && longitude - previousLongitude > 90) {
-                painter.drawLine(p, QPoint(right, p.y()));
-                painter.drawLine(previous, QPoint(left, previous.y()));
-            } else if (previousLongitude > 0 && longitude < 0
-                       && previousLongitude - longitude > 90) {
-                painter.drawLine(previous, QPoint(right, previous.y()));
-                painter.drawLine(p, QPoint(left, p.y()));
-            } else {
-                painter.drawLine(p, previous);
-            }
-        }
-        previous = p;
-        previousLongitude = longitude;
-    }
+    const std::vector<QLine> segments = OutlineSegments(view, outline);
+    if (!segments.empty())
+        painter.drawLines(segments.data(), int(segments.size()));
 }
 
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row)
 {
+    const OutlinePoint label = PrecessB1875ToJ2000({row.rightAscension, row.declination});
     double longitude;
-    const QPoint p = MapPoint(view, row.rightAscension, row.declination, longitude);
+    const QPoint p = MapPoint(view, label.rightAscension, label.declination, longitude);
     const int length = int(strnlen(row.abbreviation, sizeof row.abbreviation));
     painter.drawText(p.x() - 3 * length, p.y() - 8, QString::fromLatin1(row.abbreviation, length));
 }

@@ -7,9 +7,11 @@
 #include "SkyTables.h"
 
 #include <QColor>
+#include <QLine>
 #include <QPainter>
 
 #include <ctime>
+#include <vector>
 
 namespace lunaquill {
 
@@ -22,7 +24,8 @@ struct SkyView {
 };
 
 // Size 2 for magnitudes below 0, else 1; colour by colour index (B-V), from
-// blue-white "#a09eff" below -0.16 to orange "#ffd7b1" from 1.6 up.
+// blue-white "#a09eff" below -0.16 to orange "#ffd7b1" from 1.6 up; white
+// "#ffffff" for an unknown one (kUnknownColourIndex).
 void StarStyle(double magnitude, double colourIndex, QColor &colour, int &size);
 
 // Only stars, multiple and variable stars, open and globular clusters,
@@ -44,14 +47,41 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
 void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
                          int magnitudeLimit);
 
-// The outline with the painter's pen, vertex to vertex. A step whose
-// longitude jumps across the date line by more than 90 degrees is drawn as
-// two level stubs, from each end to the map edge it is nearer (x = width - 1
-// and x = 1), not interpolated. The last vertex is not joined to the first.
+// Julian days of the boundaries' epoch (B1875.0) and the catalogue's (J2000.0).
+constexpr double kB1875 = 2405889.258550475;
+constexpr double kJ2000 = 2451545.0;
+
+// Mean place at toJd of the mean place at fromJd, by the IAU 1976 precession
+// (Lieske 1977: zeta, z, theta with all their terms; libnova's
+// ln_get_equ_prec2 leaves out those in T and t squared, some 2" over these
+// 125 years); no nutation, aberration or proper motion.
+OutlinePoint Precess(OutlinePoint from, double fromJd, double toJd);
+
+// The boundary points are B1875 (the epoch the boundaries are defined in),
+// the map and the catalogue J2000.
+OutlinePoint PrecessB1875ToJ2000(OutlinePoint b1875);
+
+// The outline as drawn: each separate area (Serpens has two) as its own
+// list of J2000 points, each edge passing through points a quarter hour
+// (along a parallel) or two degrees (along an hour circle) apart, so that
+// the precessed edge follows the true curve and every edge takes its own way
+// round.
+std::vector<std::vector<OutlinePoint>> OutlineParts(const ConstellationOutline &outline);
+
+// The map lines of polylines of J2000 points: each step the short way round
+// the rolled map, split where it crosses the map's edge into a piece out to
+// that edge and one in from the other, so no line runs across the map. No
+// polyline is closed, nor joined to the next.
+std::vector<QLine> MapLines(const SkyView &view, const std::vector<std::vector<OutlinePoint>> &parts);
+
+// Those of the outline's parts.
+std::vector<QLine> OutlineSegments(const SkyView &view, const ConstellationOutline *outline);
+
+// Those lines with the painter's pen.
 void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutline *outline);
 
-// The row's abbreviation centred over its label point: x - 3 * length,
-// baseline y - 8, in the painter's pen.
+// The row's abbreviation centred over its label point (precessed to J2000):
+// x - 3 * length, baseline y - 8, in the painter's pen.
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row);
 
 // The same for constellation number c (0..87) of the built-in tables; any

@@ -34,12 +34,16 @@ struct OutlinePoint {
 };
 static_assert(sizeof(OutlinePoint) == 16, "outline points are two doubles");
 
-// The vertices in drawing order; the first is not repeated at the end.
+// The vertices in drawing order; the first is not repeated at the end. An
+// outline of two separate areas (Serpens: Caput, then Cauda) holds both, the
+// second from vertex secondPart on; secondPart is 0 for one area.
 struct ConstellationOutline {
     char abbreviation[8];
     int32_t count;
+    int32_t secondPart;
     const OutlinePoint *points;
 };
+static_assert(sizeof(ConstellationOutline) == 24, "the part index fills the padding");
 
 extern const ConstellationOutline *const kConstellationOutlines[kConstellationCount];
 
@@ -53,12 +57,16 @@ struct CatalogueObject {
     int32_t type;
     double rightAscension;  // hours
     double declination;     // degrees
-    double colourIndex;     // B-V; a fixed value per type for deep-sky objects
+    double colourIndex;     // B-V (kUnknownColourIndex if no source gives one);
+                            // a fixed value per type for deep-sky objects
     double magnitude;       // V
 };
 static_assert(sizeof(CatalogueObject) == 40, "catalogue objects are 40 bytes");
 static_assert(offsetof(CatalogueObject, rightAscension) == 8, "position at offset 8");
 static_assert(offsetof(CatalogueObject, magnitude) == 32, "magnitude at offset 32");
+
+// The colour index of a star no catalogue gives one for; drawn white.
+constexpr double kUnknownColourIndex = 99.0;
 
 // The objects of one constellation, brightest first.
 struct ObjectList {

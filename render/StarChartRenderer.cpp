@@ -6,7 +6,12 @@
 #include <QOpenGLShaderProgram>
 #include <QOpenGLTexture>
 #include <QPainter>
-#include <QRegion>
+#include <QPainterPath>
+
+#include "SkyDial.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace lunaquill {
 
@@ -46,16 +51,46 @@ QSurfaceFormat StarChartSurfaceFormat()
     return format;
 }
 
-void ClipToDialFace(QPixmap &chart, const QImage &image)
+namespace {
+
+// The globe's radius as a fraction of half the rendered image: a unit sphere
+// seen from 2.7 radii away (the view matrix) with a 45-degree field of view
+// shows its outline at tan(asin(1 / 2.7)) / tan(22.5) = 0.9626.
+const double kGlobeFraction = 1.0 / std::sqrt(2.7 * 2.7 - 1.0) / std::tan(22.5 * M_PI / 180.0);
+
+// The chart's dial square, in the chart's logical pixels.
+double DialSize(const QPixmap &chart)
+{
+    const QSizeF size = chart.deviceIndependentSize();
+    return std::min(size.width(), size.height());
+}
+
+} // namespace
+
+QImage GlobeImage(const QPixmap &chart)
 {
     if (chart.isNull())
+        return QImage();
+    const int side = int(std::lround(DialFace(DialSize(chart)).width() * chart.devicePixelRatio()
+                                     / kGlobeFraction));
+    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(chart.devicePixelRatio());
+    image.fill(Qt::transparent);
+    return image;
+}
+
+void ClipToDialFace(QPixmap &chart, const QImage &globe)
+{
+    if (chart.isNull() || globe.isNull())
         return;
-    const QRect rect(QPoint(0, 0), QPoint(chart.width() - 1, chart.height() - 1));
+    const QRectF face = DialFace(DialSize(chart));
+    const QSizeF side = QSizeF(globe.size()) / chart.devicePixelRatio();
+    QPainterPath clip;
+    clip.addEllipse(face);
     QPainter painter(&chart);
-    painter.setClipRegion(QRegion(15, 15, rect.width() - 35, rect.height() - 35,
-                                  QRegion::Ellipse));
-    painter.setOpacity(1.0);
-    painter.drawImage(rect, image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setClipPath(clip);
+    painter.drawImage(QRectF(face.center() - QPointF(side.width(), side.height()) / 2, side), globe);
 }
 
 StarChartRenderer::StarChartRenderer(QObject *parent) : QObject(parent)

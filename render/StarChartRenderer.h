@@ -30,10 +30,15 @@ namespace lunaquill {
 // both offer it.
 QSurfaceFormat StarChartSurfaceFormat();
 
-// Lays image over chart inside the dial's face: the ellipse inset 15 pixels
-// at the top and left and 20 at the right and bottom. Outside it the chart
-// keeps the dial. A null chart is left alone.
-void ClipToDialFace(QPixmap &chart, const QImage &image);
+// The image to render a chart's globe into: a square sized so that the
+// globe fills the face inside the dial's ring, at the chart's device pixels.
+// Null for a null chart.
+QImage GlobeImage(const QPixmap &chart);
+
+// Lays the rendered globe over the chart, centred on the dial and clipped to
+// its face; outside it the chart keeps the dial's ring. A null chart is left
+// alone.
+void ClipToDialFace(QPixmap &chart, const QImage &globe);
 
 // One renderer serves both charts. Created with the main window as its
 // parent, it lives as long as the window; its OpenGL objects are released

@@ -5,7 +5,7 @@
 set -eu
 
 downloads="$(cd "$(dirname "$0")" && pwd)/downloads"
-packages="${*:-xplanet-images python3-astropy kstars-data}"
+packages="${*:-xplanet-images python3-astropy kstars-data stellarium-data}"
 
 # apt-get download needs package lists; refresh them only when they are missing.
 have_lists() {

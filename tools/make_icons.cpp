@@ -1,6 +1,8 @@
 // Draws the map icons (Sun, Moon, planets, station dish, menu) and the sky
 // dial of the star charts.
 // Usage: make_icons <out-folder>
+#include "render/SkyDial.h"
+
 #include <QDir>
 #include <QFont>
 #include <QGuiApplication>
@@ -182,59 +184,12 @@ QImage Menu()
     return image;
 }
 
-// Black sky disc with an azimuth ring (N up, E right) in its outer margin.
-// The chart clips its sphere to an ellipse inset 15 px top/left and 20 px
-// right/bottom of a ~400 px label, i.e. to radius 182.5/200 about a point
-// 2.5 px up and left of the dial centre; the ring starts beyond that.
+// The sky dial of the star charts, as the program draws it, at 512 pixels.
 QImage Dial()
 {
-    constexpr int size = 512;
-    constexpr double radius = size / 2.0;
-    constexpr double ringInner = radius * 0.94;  // the clip reaches 0.93 of the radius
-    QImage image = Canvas(size, size);
+    QImage image = Canvas(512, 512);
     QPainter painter(&image);
-    Antialias(painter);
-    painter.translate(radius, radius);
-
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Qt::black);
-    painter.drawEllipse(QPointF(0, 0), radius, radius);
-    painter.setBrush(QColor(28, 30, 38));
-    QPainterPath ring;
-    ring.addEllipse(QPointF(0, 0), radius - 1, radius - 1);
-    ring.addEllipse(QPointF(0, 0), ringInner, ringInner);
-    painter.drawPath(ring);
-
-    const QColor tickColour(170, 175, 190);
-    painter.setPen(QPen(tickColour, 1.2));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(QPointF(0, 0), ringInner + 1, ringInner + 1);
-
-    QFont font("DejaVu Sans");
-    font.setPixelSize(14);
-    font.setBold(true);
-    painter.setFont(font);
-    const double band = radius - ringInner, bandMiddle = -(radius + ringInner) / 2;
-    const QRectF textBox(-20, bandMiddle - band / 2, 40, band);
-    for (int azimuth = 0; azimuth < 360; azimuth += 10) {
-        painter.save();
-        painter.rotate(azimuth);  // clockwise from north, as azimuth runs
-        if (azimuth % 30 != 0) {
-            painter.setPen(QPen(tickColour, 2.0));
-            painter.drawLine(QPointF(0, -ringInner - 1), QPointF(0, -radius + 4));
-        } else {
-            static const char *const cardinal[] = {"N", "E", "S", "W"};
-            QString label = azimuth % 90 == 0 ? cardinal[azimuth / 90] : QString::number(azimuth);
-            painter.setPen(azimuth == 0 ? QColor(255, 90, 70) : QColor(235, 235, 240));
-            if (azimuth > 90 && azimuth < 270) {  // keep the lower labels upright
-                painter.translate(0, bandMiddle);
-                painter.rotate(180);
-                painter.translate(0, -bandMiddle);
-            }
-            painter.drawText(textBox, Qt::AlignCenter, label);
-        }
-        painter.restore();
-    }
+    lunaquill::DrawSkyDial(painter, 512);
     return image;
 }
 

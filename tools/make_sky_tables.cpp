@@ -2,9 +2,10 @@
 //   render/ConstellationTable.cpp     names, label points, areas, ranks
 //   render/ConstellationOutlines.cpp  B1875 boundary vertices
 //   render/StarCatalogue.cpp          stars to V 6.75 and bright deep-sky objects
-// from python3-astropy (Roman 1987 boundaries, constellation names) and
-// kstars-data (Hipparcos/Tycho stars, OpenNGC). See render/SKY-TABLES.md.
-// Usage: make_sky_tables <downloads folder with both packages unpacked> <output folder>
+// from python3-astropy (Roman 1987 boundaries, constellation names),
+// kstars-data (Hipparcos/Tycho stars, OpenNGC) and stellarium-data (B-V where
+// KStars has none). See render/SKY-TABLES.md.
+// Usage: make_sky_tables <downloads folder with the packages unpacked> <output folder>
 #include <QCoreApplication>
 #include <QFile>
 #include <QSqlDatabase>
@@ -13,7 +14,7 @@
 #include <QString>
 #include <QVariant>
 
-#include <libnova/precession.h>
+#include "render/SkyLayers.h"
 
 #include <algorithm>
 #include <charconv>
@@ -33,8 +34,6 @@ namespace {
 
 constexpr int kDay = 86400;         // right ascension in seconds of time
 constexpr int kPole = 90 * 60;      // declination in arcminutes
-constexpr double kJ2000 = 2451545.0;
-constexpr double kB1875 = 2405889.258550475;
 
 [[noreturn]] void Fail(const std::string &message)
 {
@@ -217,30 +216,119 @@ struct Summary {
     int rank;
 };
 
+using CellMask = std::vector<std::vector<bool>>;  // [ra cell][dec cell]
+
+CellMask CellsOf(const Sky &sky, int c)
+{
+    CellMask cells(sky.ra.size(), std::vector<bool>(sky.dec.size() - 1));
+    for (size_t i = 0; i < sky.ra.size(); ++i)
+        for (size_t j = 0; j + 1 < sky.dec.size(); ++j)
+            cells[i][j] = sky.owner[i][j] == c;
+    return cells;
+}
+
+// The area and the area-weighted mean RA and Dec of the cells, RA unwrapped
+// from the origin: with dA = dRA d(sin Dec), Dec's moment integrates
+// Dec cos Dec, i.e. Dec sin Dec + cos Dec.
+Summary Moments(const Sky &sky, const CellMask &cells, int origin)
+{
+    double weight = 0, raMoment = 0, decMoment = 0;
+    for (size_t i = 0; i < sky.ra.size(); ++i) {
+        const double a1 = Unwrapped(sky.ra[i], origin) / 3600.0;
+        const double a2 = a1 + CellWidth(sky, i) / 3600.0;
+        for (size_t j = 0; j + 1 < sky.dec.size(); ++j) {
+            if (!cells[i][j])
+                continue;
+            const double d1 = Radians(sky.dec[j]), d2 = Radians(sky.dec[j + 1]);
+            const double band = std::sin(d2) - std::sin(d1);
+            auto g = [](double d) { return d * std::sin(d) + std::cos(d); };
+            weight += (a2 - a1) * band;
+            raMoment += 0.5 * (a2 * a2 - a1 * a1) * band;
+            decMoment += (a2 - a1) * (g(d2) - g(d1));
+        }
+    }
+    const double ra = std::fmod(raMoment / weight, 24.0);
+    const double toSquareDegrees = (180 / M_PI) * (180 / M_PI);
+    return {weight / 24.0 * 2 * M_PI * toSquareDegrees, ra < 0 ? ra + 24 : ra,
+            decMoment / weight * 180 / M_PI, 0};
+}
+
+// The largest of the cells' connected areas (Serpens: Caput of its two).
+CellMask LargestArea(const Sky &sky, const CellMask &cells, int origin)
+{
+    const int columns = int(sky.ra.size()), bands = int(sky.dec.size()) - 1;
+    CellMask seen(columns, std::vector<bool>(bands)), best;
+    double bestArea = -1;
+    for (int i0 = 0; i0 < columns; ++i0)
+        for (int j0 = 0; j0 < bands; ++j0) {
+            if (!cells[i0][j0] || seen[i0][j0])
+                continue;
+            CellMask area(columns, std::vector<bool>(bands));
+            std::vector<std::pair<int, int>> stack{{i0, j0}};
+            seen[i0][j0] = true;
+            while (!stack.empty()) {
+                const auto [i, j] = stack.back();
+                stack.pop_back();
+                area[i][j] = true;
+                const std::pair<int, int> next[] = {{(i + 1) % columns, j},
+                                                    {(i + columns - 1) % columns, j},
+                                                    {i, j + 1}, {i, j - 1}};
+                for (const auto &[a, b] : next)
+                    if (b >= 0 && b < bands && cells[a][b] && !seen[a][b]) {
+                        seen[a][b] = true;
+                        stack.emplace_back(a, b);
+                    }
+            }
+            const double size = Moments(sky, area, origin).area;
+            if (size > bestArea) {
+                bestArea = size;
+                best = area;
+            }
+        }
+    return best;
+}
+
+// A label point inside constellation c: the area-weighted mean of its cells
+// (the rule the published label points follow), else that of its largest
+// area, else, at that mean RA, the middle of the longest run of its cells
+// in declination (the mean of a polar cap lies outside it).
+void PlaceLabel(const Sky &sky, int c, Summary &summary)
+{
+    auto inside = [&](const Summary &s) {
+        return Lookup(sky, s.labelRa * 3600.0, s.labelDec * 60.0) == c;
+    };
+    if (inside(summary))
+        return;
+    const int origin = UnwrapOrigin(sky, c);
+    Summary part = Moments(sky, LargestArea(sky, CellsOf(sky, c), origin), origin);
+    if (!inside(part)) {
+        size_t column = 0;
+        while (column + 1 < sky.ra.size() && sky.ra[column + 1] <= part.labelRa * 3600.0)
+            ++column;
+        int bestLength = -1;
+        for (size_t j = 0; j + 1 < sky.dec.size();) {
+            size_t end = j;
+            while (end + 1 < sky.dec.size() && sky.owner[column][end] == c)
+                ++end;
+            if (end > j && sky.dec[end] - sky.dec[j] > bestLength) {
+                bestLength = sky.dec[end] - sky.dec[j];
+                part.labelDec = (sky.dec[j] + sky.dec[end]) / 120.0;
+            }
+            j = std::max(end, j + 1);
+        }
+    }
+    if (!inside(part))
+        Fail("no label point inside " + sky.constellations[c].abbreviation);
+    summary.labelRa = part.labelRa;
+    summary.labelDec = part.labelDec;
+}
+
 std::vector<Summary> Summaries(const Sky &sky)
 {
     std::vector<Summary> out(88);
     for (int c = 0; c < 88; ++c) {
-        const int origin = UnwrapOrigin(sky, c);
-        double weight = 0, raMoment = 0, decMoment = 0;
-        for (size_t i = 0; i < sky.ra.size(); ++i) {
-            const double a1 = Unwrapped(sky.ra[i], origin) / 3600.0;
-            const double a2 = a1 + CellWidth(sky, i) / 3600.0;
-            for (size_t j = 0; j + 1 < sky.dec.size(); ++j) {
-                if (sky.owner[i][j] != c)
-                    continue;
-                const double d1 = Radians(sky.dec[j]), d2 = Radians(sky.dec[j + 1]);
-                const double band = std::sin(d2) - std::sin(d1);
-                auto g = [](double d) { return d * std::sin(d) + std::cos(d); };
-                weight += (a2 - a1) * band;
-                raMoment += 0.5 * (a2 * a2 - a1 * a1) * band;
-                decMoment += (a2 - a1) * (g(d2) - g(d1));
-            }
-        }
-        const double ra = std::fmod(raMoment / weight, 24.0);
-        const double toSquareDegrees = (180 / M_PI) * (180 / M_PI);
-        out[c] = {weight / 24.0 * 2 * M_PI * toSquareDegrees, ra < 0 ? ra + 24 : ra,
-                  decMoment / weight * 180 / M_PI, 0};
+        out[c] = Moments(sky, CellsOf(sky, c), UnwrapOrigin(sky, c));
+        PlaceLabel(sky, c, out[c]);
     }
     std::vector<int> order(88);
     for (int c = 0; c < 88; ++c)
@@ -334,12 +422,9 @@ struct Object {
 
 int ConstellationOfJ2000(const Sky &sky, double raHours, double decDegrees)
 {
-    ln_equ_posn mean{raHours * 15.0, decDegrees}, b1875;
-    ln_get_equ_prec2(&mean, kJ2000, kB1875, &b1875);
-    double ra = std::fmod(b1875.ra, 360.0);
-    if (ra < 0)
-        ra += 360;
-    return Lookup(sky, ra / 15.0 * 3600.0, b1875.dec * 60.0);
+    const lunaquill::OutlinePoint b1875 =
+        lunaquill::Precess({raHours, decDegrees}, lunaquill::kJ2000, lunaquill::kB1875);
+    return Lookup(sky, b1875.rightAscension * 3600.0, b1875.declination * 60.0);
 }
 
 template <typename T> T Read(const std::string &bytes, size_t at)
@@ -355,9 +440,54 @@ std::string Scaled(int64_t value, int decimals)  // 139794, 6 -> "0.139794"
     return Number(double(value) / scale);
 }
 
+// B-V by HD number from a second source, Stellarium's Hipparcos stars to
+// V 7.5 (stars_0 and stars_1: 28-byte records, HIP in bytes 0-2, B-V in byte
+// 12 as (B-V + 0.5) * 127 / 4) and its cross-identification table
+// (HIP, component, SAO, HD, HR, tab-separated).
+std::map<int32_t, double> SecondColourIndices(const std::string &stellariumStars)
+{
+    std::map<int32_t, double> byHip;
+    for (const char *name : {"/stars_0_0v0_8.cat", "/stars_1_0v0_8.cat"}) {
+        const std::string bytes = ReadFile(stellariumStars + name);
+        if (bytes.size() < 32 || Read<uint32_t>(bytes, 0) != 0x835f040a || Read<int32_t>(bytes, 4) != 0)
+            Fail(std::string("not a Stellarium Hipparcos star file: ") + name);
+        const int level = Read<int32_t>(bytes, 16);
+        const int zones = level >= 0 && level <= 3 ? 20 << (2 * level) : 0;
+        size_t at = 32 + 4 * size_t(zones), stars = 0;
+        if (zones == 0 || bytes.size() < at)
+            Fail(std::string("bad Stellarium star file header: ") + name);
+        for (int zone = 0; zone < zones; ++zone)
+            stars += Read<uint32_t>(bytes, 32 + 4 * size_t(zone));
+        if (bytes.size() != at + 28 * stars)
+            Fail(std::string("bad Stellarium star file size: ") + name);
+        for (; at < bytes.size(); at += 28) {
+            const int32_t hip = int32_t(Read<uint32_t>(bytes, at) & 0xffffff);
+            byHip[hip] = Read<uint8_t>(bytes, at + 12) * 4.0 / 127.0 - 0.5;
+        }
+    }
+    std::map<int32_t, double> byHd;
+    std::istringstream crossIds(ReadFile(stellariumStars + "/cross-id.dat"));
+    for (std::string line; std::getline(crossIds, line);) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        std::vector<std::string> fields;
+        std::istringstream in(line);
+        for (std::string field; std::getline(in, field, '\t');)
+            fields.push_back(field);
+        if (fields.size() < 4 || fields[3].empty())
+            continue;
+        const auto colour = byHip.find(std::atoi(fields[0].c_str()));
+        if (colour != byHip.end())
+            byHd.emplace(std::atoi(fields[3].c_str()), colour->second);
+    }
+    return byHd;
+}
+
 // Stars of KStars' binary star files to V 6.75; copies kept in neighbouring
-// sky cells are dropped.
-void ReadStars(const Sky &sky, const std::string &file, std::set<std::tuple<int32_t, int32_t, int16_t, int32_t>> &seen,
+// sky cells are dropped. KStars stores a missing B-V as 0: the second source
+// gives it then (0.00 there is a measured value), else it is unknown.
+void ReadStars(const Sky &sky, const std::string &file, const std::map<int32_t, double> &secondColour,
+               std::set<std::tuple<int32_t, int32_t, int16_t, int32_t>> &seen,
                std::vector<Object> &objects)
 {
     const std::string bytes = ReadFile(file);
@@ -377,13 +507,53 @@ void ReadStars(const Sky &sky, const std::string &file, std::set<std::tuple<int3
         star.type = (flags & 0x04) ? 3 : (flags & 0x02) ? 2 : 1;
         star.ra = ra / 1e6;
         star.dec = dec / 1e5;
-        star.colourIndex = bv / 100.0;
+        const auto second = hd != 0 ? secondColour.find(hd) : secondColour.end();
+        star.colourIndex = bv != 0 ? bv / 100.0
+                           : second != secondColour.end() ? std::round(second->second * 1000) / 1000
+                                                          : lunaquill::kUnknownColourIndex;
         star.magnitude = v / 100.0;
         star.raText = Scaled(ra, 6);
         star.decText = Scaled(dec, 5);
         star.constellation = ConstellationOfJ2000(sky, star.ra, star.dec);
         objects.push_back(star);
     }
+}
+
+// A star listed twice, once with its HD number and once without (HD 0), within
+// 20" and 0.3 mag: the copy without a number is dropped.
+void DropUnnumberedTwins(std::vector<Object> &stars)
+{
+    std::vector<size_t> byDec(stars.size());
+    for (size_t k = 0; k < stars.size(); ++k)
+        byDec[k] = k;
+    std::sort(byDec.begin(), byDec.end(), [&](size_t a, size_t b) { return stars[a].dec < stars[b].dec; });
+    constexpr double limit = 20.0 / 3600.0;  // degrees
+    auto twins = [&](const Object &a, const Object &b) {
+        const double dRa = std::remainder(a.ra - b.ra, 24.0) * 15.0 * std::cos(a.dec * M_PI / 180);
+        return b.number != 0 && std::hypot(dRa, a.dec - b.dec) <= limit
+               && std::fabs(a.magnitude - b.magnitude) <= 0.3;
+    };
+    std::vector<bool> twin(stars.size());
+    for (size_t n = 0; n < byDec.size(); ++n) {
+        const Object &a = stars[byDec[n]];
+        if (a.number != 0)
+            continue;
+        size_t first = n;
+        while (first > 0 && a.dec - stars[byDec[first - 1]].dec <= limit)
+            --first;
+        for (size_t m = first; m < byDec.size() && stars[byDec[m]].dec - a.dec <= limit; ++m)
+            if (twins(a, stars[byDec[m]]))
+                twin[byDec[n]] = true;
+    }
+    size_t kept = 0, dropped = 0;
+    for (size_t k = 0; k < stars.size(); ++k) {
+        if (twin[k])
+            ++dropped;
+        else
+            stars[kept++] = stars[k];
+    }
+    stars.resize(kept);
+    std::printf("stars: %zu unnumbered twins dropped\n", dropped);
 }
 
 // OpenNGC objects brighter than V 10 or with a Messier name; stars and
@@ -471,8 +641,12 @@ std::string OutlineTable(const Sky &sky, const std::string &from)
     for (int c = 0; c < 88; ++c) {
         const std::string abbreviation = sky.constellations[c].abbreviation;
         std::vector<std::pair<int, int>> points;
-        for (const Loop &loop : Outline(sky, c))  // Serpens: Caput, then Cauda
+        size_t secondPart = 0;
+        for (const Loop &loop : Outline(sky, c)) {  // Serpens: Caput, then Cauda
+            if (!points.empty())
+                secondPart = points.size();
             points.insert(points.end(), loop.begin(), loop.end());
+        }
         out += "\nconst OutlinePoint k" + abbreviation + "Points[] = {\n";
         for (size_t k = 0; k < points.size(); ++k) {
             out += (k % 3 == 0 ? "    " : " ") + std::string("{") + Number(points[k].first / 3600.0)
@@ -481,7 +655,8 @@ std::string OutlineTable(const Sky &sky, const std::string &from)
                 out += "\n";
         }
         out += "};\nconst ConstellationOutline k" + abbreviation + " = {" + Quoted(abbreviation)
-               + ", " + std::to_string(points.size()) + ", k" + abbreviation + "Points};\n";
+               + ", " + std::to_string(points.size()) + ", " + std::to_string(secondPart) + ", k"
+               + abbreviation + "Points};\n";
         pointers += std::string(c % 8 == 0 ? "    " : " ") + "&k" + abbreviation + ","
                     + (c % 8 == 7 ? "\n" : "");
         total += int(points.size());
@@ -543,6 +718,8 @@ int main(int argc, char **argv)
     const std::string kstars = downloads + "/kstars-data";
     const std::string astropyData = astropy + "/usr/lib/python3/dist-packages/astropy/coordinates/data";
     const std::string kstarsData = kstars + "/usr/share/kstars";
+    const std::string stellarium = downloads + "/stellarium-data";
+    const std::string stellariumStars = stellarium + "/usr/share/stellarium/stars/default";
 
     const Sky sky = ReadBoundaries(astropyData);
     const std::string boundaries = PackageVersion(astropy, "python3-astropy");
@@ -554,13 +731,21 @@ int main(int argc, char **argv)
 
     std::vector<Object> objects;
     std::set<std::tuple<int32_t, int32_t, int16_t, int32_t>> seen;
-    ReadStars(sky, kstarsData + "/namedstars.dat", seen, objects);
-    ReadStars(sky, kstarsData + "/unnamedstars.dat", seen, objects);
+    const auto secondColour = SecondColourIndices(stellariumStars);
+    ReadStars(sky, kstarsData + "/namedstars.dat", secondColour, seen, objects);
+    ReadStars(sky, kstarsData + "/unnamedstars.dat", secondColour, seen, objects);
+    DropUnnumberedTwins(objects);
+    int unknown = 0;
+    for (const Object &star : objects)
+        unknown += star.colourIndex == lunaquill::kUnknownColourIndex;
+    std::printf("stars: %zu, %d without a colour index in either source\n", objects.size(), unknown);
     ReadDeepSky(sky, kstarsData + "/OpenNGC.kscat", objects);
     Write(output + "/StarCatalogue.cpp",
           CatalogueTable(sky, objects,
                          PackageVersion(kstars, "kstars-data")
-                             + " (namedstars.dat, unnamedstars.dat, OpenNGC.kscat) and "
+                             + " (namedstars.dat, unnamedstars.dat, OpenNGC.kscat), "
+                             + PackageVersion(stellarium, "stellarium-data")
+                             + " (stars_0, stars_1, cross-id.dat: B-V where KStars has none) and "
                              + boundaries + " (constellation boundaries)"));
     return 0;
 }

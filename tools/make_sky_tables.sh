@@ -12,5 +12,5 @@ tools="$(cd "$(dirname "$0")" && pwd)"
 render="$(dirname "$tools")/render"
 bin="$(cd "$1" && pwd)/tools"
 
-"$tools/fetch_sources.sh" python3-astropy kstars-data
+"$tools/fetch_sources.sh" python3-astropy kstars-data stellarium-data
 "$bin/make_sky_tables" "$tools/downloads" "$render"

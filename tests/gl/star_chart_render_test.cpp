@@ -5,6 +5,7 @@
 
 #include "SharedStateReset.h"
 #include "render/Projection.h"
+#include "render/SkyDial.h"
 #include "render/SphereMesh.h"
 #include "render/StarChartRenderer.h"
 
@@ -126,11 +127,14 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     EXPECT_EQ(QColor(render(overlay, -35, 155).pixel(200, 200)), QColor(Qt::white));
 
     // The window's own: no home station (a first run sets JJ00aa), its position in the Sahara,
-    // and every layer off: the overlay is the plain map, smooth over the ocean.
+    // and every layer off: the overlay is the plain map. The DX station stands in the Sahara
+    // too, so a chart turned for the unrolled map would show the Atlantic at its centre.
     homeData.grid[0] = '\0';
     homeStationSet = 0;
     homeData.latitude = 23.0;
     homeData.longitude = 10.0;
+    dxStation.latitude = 23.0;
+    dxStation.longitude = 10.0;
     overlaySettings = {};
     window->resize(1640, 960);
     window->show();
@@ -138,15 +142,34 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     Ui::MainWindow *ui = window->widgets();
     window->ViewModeButtonPressed();
 
-    const QImage dial = QPixmap("pixmaps/dial.png").scaled(790, 790, Qt::KeepAspectRatio).toImage();
+    // No home station: the plain dial, drawn at the chart's size.
+    const QImage dial = SkyDial(ui->StarChart1->size(), 1.0).toImage();
+    ASSERT_EQ(dial.size(), QSize(790, 790));
     EXPECT_EQ(ui->StarChart1->pixmap().toImage().convertToFormat(dial.format()), dial);
-    const QRgb want = window->screenOverlayPixmap().toImage().pixel(
-        LatLongToPoint(1600, 800, 0, 33.0, -37.0));
-    const QImage chart = ui->StarChart2->pixmap().toImage().convertToFormat(dial.format());
-    EXPECT_NE(chart.pixel(17, 392), dial.pixel(17, 392)); // the face reaches 15 pixels in
-    const QRgb got = chart.pixel(395, 395); // the centre
-    EXPECT_LE(std::abs(qRed(got) - qRed(want)) + std::abs(qGreen(got) - qGreen(want))
-                  + std::abs(qBlue(got) - qBlue(want)), 12) << std::hex << got << " for " << want;
+    // At any map offset the DX station's pixel of the rolled overlay is the chart's centre.
+    for (int offset : {0, 6, 13}) {
+        overlaySettings.MapOffset = offset;
+        window->DrawMapOverlay();
+        window->TimeAdjusted();
+        const QRgb want = window->screenOverlayPixmap().toImage().pixel(
+            LatLongToPoint(1600, 800, offset, 23.0, 10.0));
+        const QImage chart = ui->StarChart2->pixmap().toImage().convertToFormat(dial.format());
+        const QRgb got = chart.pixel(chart.width() / 2, chart.height() / 2);
+        EXPECT_LE(std::abs(qRed(got) - qRed(want)) + std::abs(qGreen(got) - qGreen(want))
+                      + std::abs(qBlue(got) - qBlue(want)), 12)
+            << "offset " << offset << ": " << std::hex << got << " for " << want;
+        if (offset != 0)
+            continue;
+        // The globe fills the face inside the ring (radius 0.94 * 395 = 371.3 about the
+        // centre, 395.0): 2 pixels inside it, in all four directions, the globe; 2 pixels
+        // beyond, the ring's inner circle, untouched.
+        for (const QPoint direction : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
+            const QPoint inside = QPoint(395, 395) + direction * 369 - (direction.x() + direction.y() > 0 ? direction : QPoint());
+            const QPoint ring = QPoint(395, 395) + direction * 373 - (direction.x() + direction.y() > 0 ? direction : QPoint());
+            EXPECT_NE(chart.pixel(inside), dial.pixel(inside)) << inside.x() << "," << inside.y();
+            EXPECT_EQ(chart.pixel(ring), dial.pixel(ring)) << ring.x() << "," << ring.y();
+        }
+    }
     // The renderer is released with the window (the sanitizer build finds anything left).
     window.reset();
     EXPECT_TRUE(renderer.isNull());

@@ -8,11 +8,13 @@
 #include "tests/unit/UtcTime.h"
 
 #include <QImage>
+#include <QLine>
 #include <QPainter>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <set>
 #include <utility>
@@ -83,7 +85,7 @@ TEST(SkyTables, KnownObjectsInTheirConstellations)
     int total = 0;
     for (const ObjectList *list : kCatalogue)
         total += list->count;
-    EXPECT_EQ(total, 11422);
+    EXPECT_EQ(total, 11330);
 
     // HD numbers for stars, NGC n, IC as 10000 + n, Messier-only as 20000 + m.
     const struct { const char *constellation; int32_t number, type; double magnitude; } known[] = {
@@ -104,6 +106,63 @@ TEST(SkyTables, KnownObjectsInTheirConstellations)
         EXPECT_EQ(std::count_if(list.objects, list.objects + list.count, same), 1)
             << k.constellation << " " << k.number;
     }
+}
+
+const CatalogueObject *Find(const char *constellation, int32_t number)
+{
+    const ObjectList &list = *kCatalogue[Index(constellation)];
+    for (int i = 0; i < list.count; ++i)
+        if (list.objects[i].number == number)
+            return &list.objects[i];
+    return nullptr;
+}
+
+TEST(SkyTables, EachStarOnceWithItsColourIndex)
+{
+    // B-V from the Yale Bright Star Catalogue (5th ed.): Capella 0.80 and Procyon 0.42
+    // (KStars has none, the second source 0.79 and 0.44 on its 4/127 steps), Vega and Sirius
+    // 0.00 (measured, KStars' own).
+    const struct { const char *constellation; int32_t number; double colourIndex, tolerance; }
+        known[] = {{"AUR", 34029, 0.80, 0.02}, {"CMI", 61421, 0.42, 0.03},
+                   {"LYR", 172167, 0.00, 0.01}, {"CMA", 48915, 0.00, 0.01}};
+    for (const auto &k : known) {
+        const CatalogueObject *star = Find(k.constellation, k.number);
+        ASSERT_NE(star, nullptr) << k.number;
+        EXPECT_NEAR(star->colourIndex, k.colourIndex, k.tolerance) << k.number;
+    }
+    // Capella drawn pale yellow, Procyon pale blue-white; a star no source gives a colour
+    // index for is drawn white.
+    QColor colour;
+    int size;
+    StarStyle(0.08, Find("AUR", 34029)->colourIndex, colour, size);
+    EXPECT_EQ(colour, QColor("#ffffdc"));
+    StarStyle(0.4, Find("CMI", 61421)->colourIndex, colour, size);
+    EXPECT_EQ(colour, QColor("#d7e8ff"));
+    StarStyle(5.0, kUnknownColourIndex, colour, size);
+    EXPECT_EQ(colour, QColor("#ffffff"));
+
+    // No star is listed twice: none without an HD number lies within 20" and 0.3 mag of
+    // one with a number (theta Centauri, HD 123139, and epsilon Scorpii, HD 151680, were).
+    std::vector<const CatalogueObject *> numbered, unnumbered;
+    int unknown = 0;
+    for (const ObjectList *list : kCatalogue)
+        for (int i = 0; i < list->count; ++i) {
+            const CatalogueObject &o = list->objects[i];
+            if (o.type >= 1 && o.type <= 3)
+                (o.number ? numbered : unnumbered).push_back(&o);
+            unknown += o.colourIndex == kUnknownColourIndex;
+        }
+    EXPECT_EQ(unknown, 29);
+    for (const CatalogueObject *a : unnumbered)
+        for (const CatalogueObject *b : numbered) {
+            const double dRa = std::remainder(a->rightAscension - b->rightAscension, 24) * 15
+                               * std::cos(a->declination * M_PI / 180);
+            EXPECT_FALSE(std::hypot(dRa, a->declination - b->declination) <= 20 / 3600.0
+                         && std::fabs(a->magnitude - b->magnitude) <= 0.3)
+                << b->number;
+        }
+    EXPECT_NE(Find("CEN", 123139), nullptr);
+    EXPECT_NE(Find("SCO", 151680), nullptr);
 }
 
 // What `draw` paints with a white pen on a black map, and the painted pixels.
@@ -166,42 +225,156 @@ TEST(SkyLayers, ColourByIndexSizeByMagnitudeWithinTheLimitAndSirius)
     EXPECT_EQ(map.pixel(sirius), qRgb(0xa0, 0xd7, 0xff));
 }
 
-TEST(SkyLayers, OutlinesSplitAtTheDateLineAndStayOpen)
+TEST(SkyLayers, OutlinesSplitAtTheRolledMapsEdgeAndStayOpen)
 {
-    // A 720 x 360 map: two pixels a degree, longitude 0.25 lands mid-pixel.
+    // A 720 x 360 map: two pixels a degree, longitude and declination 0.25 land mid-pixel.
     const struct {
-        std::vector<std::pair<double, double>> vertices; // longitude, declination
-        std::vector<QRect> lines;                         // what is painted
+        int offset;
+        std::vector<std::pair<double, double>> vertices; // J2000 longitude, declination
+        std::vector<QLine> lines;
     } rows[] = {
-        // -178.75 to +178.75: level stubs to x = 1 and x = 719, at each end's own height.
-        {{{-178.75, 10}, {178.75, 20}}, {{1, 160, 2, 1}, {717, 140, 3, 1}}},
-        {{{178.75, 20}, {-178.75, 10}}, {{1, 160, 2, 1}, {717, 140, 3, 1}}},
-        // Across 0 within 90 degrees one line; the closing edge back to the first is absent.
-        {{{-9.75, 10}, {10.25, 10}, {10.25, -10}}, {{340, 160, 41, 1}, {380, 160, 1, 41}}},
+        // Across the date line: out to x = 0 and in from x = 719 at the height where the
+        // line from (2, 159) to (717 - 720, 139) meets x = 0: 159 - 20 * 2 / 5 = 151.
+        {0, {{-178.75, 10.25}, {178.75, 20.25}}, {{{2, 159}, {0, 151}}, {{719, 151}, {717, 139}}}},
+        {0, {{178.75, 20.25}, {-178.75, 10.25}}, {{{717, 139}, {719, 151}}, {{0, 151}, {2, 159}}}},
+        // Within the map one line each; the closing edge back to the first is absent.
+        {0, {{-9.75, 10.25}, {10.25, 10.25}, {10.25, -19.75}},
+         {{{340, 159}, {380, 159}}, {{380, 159}, {380, 219}}}},
+        // Offset 6 rolls everything 180 pixels east: -89.75 lands at x = 180 + 180 = 360,
+        // and a step across the rolled edge (longitude 90) splits there.
+        {6, {{-89.75, 10.25}, {-80.25, 10.25}}, {{{360, 159}, {379, 159}}}},
+        {6, {{88.75, 0.25}, {91.25, 0.25}}, {{{717, 179}, {719, 179}}, {{0, 179}, {2, 179}}}},
     };
-    QImage map(720, 360, QImage::Format_RGB32);
     for (const auto &row : rows) {
         std::vector<OutlinePoint> points;
         for (const auto &[longitude, declination] : row.vertices)
             points.push_back({RaAt(longitude), declination});
-        const ConstellationOutline outline{"TST", int32_t(points.size()), points.data()};
-        std::set<std::pair<int, int>> expected;
-        for (const QRect &line : row.lines)
-            for (int y = line.top(); y <= line.bottom(); ++y)
-                for (int x = line.left(); x <= line.right(); ++x)
-                    expected.insert({x, y});
-        const SkyView view{720, 360, 0, kEquinox};
-        EXPECT_EQ(Painted(map, [&](QPainter &painter) {
-            DrawOutline(painter, view, &outline);
-            DrawOutline(painter, view, nullptr);
-            DrawObjects(painter, view, nullptr, 20);
-            for (int c : {-1, 88, 1000}) { // numbers outside the tables draw nothing
-                DrawConstellationObjects(painter, view, c, 20);
-                DrawConstellationOutline(painter, view, c);
-                DrawConstellationLabel(painter, view, c);
-            }
-        }), expected) << row.vertices.size() << " vertices";
+        EXPECT_EQ(MapLines({720, 360, row.offset, kEquinox}, {points}), row.lines)
+            << row.vertices[0].first;
     }
+    // A table outline paints its lines and nothing else; numbers outside the tables nothing.
+    QImage map(720, 360, QImage::Format_RGB32);
+    const SkyView view{720, 360, 3, kEquinox};
+    const auto painted = Painted(map, [&](QPainter &painter) {
+        DrawConstellationOutline(painter, view, Index("ORI"));
+        DrawOutline(painter, view, nullptr);
+        DrawObjects(painter, view, nullptr, 20);
+        for (int c : {-1, 88, 1000}) {
+            DrawConstellationObjects(painter, view, c, 20);
+            DrawConstellationOutline(painter, view, c);
+            DrawConstellationLabel(painter, view, c);
+        }
+    });
+    const std::vector<QLine> orion = OutlineSegments(view, kConstellationOutlines[Index("ORI")]);
+    EXPECT_EQ(painted, Painted(map, [&](QPainter &painter) {
+        painter.drawLines(orion.data(), int(orion.size()));
+    }));
+    EXPECT_GT(painted.size(), 100u);
+}
+
+TEST(SkyLayers, NoBoundaryLineRunsAcrossTheMapAtAnyOffset)
+{
+    // Every outline at 24 instants through a day (Ursa Minor's long step along +88 went the
+    // wrong way round at some of them), at offsets 0, 6 and -11.
+    for (int offset : {0, 6, -11})
+        for (int hour = 0; hour < 24; ++hour) {
+            const SkyView view{1600, 800, offset, Utc(1710936000 + hour * 3600 + 1200)};
+            for (int c = 0; c < kConstellationCount; ++c)
+                for (const QLine &line : OutlineSegments(view, kConstellationOutlines[c])) {
+                    ASSERT_LE(2 * std::abs(line.dx()), 1600)
+                        << kConstellations[c].abbreviation << " offset " << offset << " hour " << hour;
+                    ASSERT_TRUE(line.x1() >= 0 && line.x2() >= 0 && line.x1() < 1600 && line.x2() < 1600);
+                }
+        }
+}
+
+// Inside the closed polygon of (RA h, Dec) points drawn as straight map lines: a ray north
+// from the point, crossings counted the short way round; a loop that winds round the north
+// pole holds the points it does not cross.
+bool Inside(const std::vector<OutlinePoint> &loop, double ra, double dec)
+{
+    int crossings = 0;
+    double winding = 0, decSum = 0;
+    for (size_t i = 0; i < loop.size(); ++i) {
+        const OutlinePoint &p = loop[i], &q = loop[(i + 1) % loop.size()];
+        const double step = std::remainder(q.rightAscension - p.rightAscension, 24);
+        const double a = std::remainder(p.rightAscension - ra, 24), b = a + step;
+        winding += step;
+        decSum += p.declination;
+        if ((a < 0) != (b < 0) && std::fabs(a) < 6 && std::fabs(b) < 6
+            && p.declination + (q.declination - p.declination) * (-a / step) > dec)
+            ++crossings;
+    }
+    const bool roundNorthPole = std::fabs(winding) > 12 && decSum > 0;
+    return (crossings % 2 == 1) != roundNorthPole;
+}
+
+bool InsideParts(const std::vector<std::vector<OutlinePoint>> &parts, double ra, double dec)
+{
+    return std::any_of(parts.begin(), parts.end(),
+                       [&](const auto &part) { return Inside(part, ra, dec); });
+}
+
+// The table's B1875 vertices as they were drawn before: unprecessed, one area.
+std::vector<std::vector<OutlinePoint>> RawVertices(const ConstellationOutline &outline)
+{
+    return {std::vector<OutlinePoint>(outline.points, outline.points + outline.count)};
+}
+
+TEST(SkyLayers, BoundariesPrecessedToTheCataloguesEpoch)
+{
+    // Hand calculation, IAU 1976 (Lieske 1977): B1875.0 = JD 2405889.25855 to J2000.0 is
+    // T = -1.2499861, t = +1.2499861 Julian centuries; zeta = 2306.2181 t(1 - ...)
+    // = 2881.0657", z = 2882.3040", theta = 2505.9456". AND's first vertex 22h 52m, +34.5:
+    // A = cos d sin(a + zeta) = -0.2299198, B = cos theta cos d cos(a + zeta) - sin theta
+    // sin d = 0.7844648, C = sin theta cos d cos(a + zeta) + cos theta sin d = 0.5759791;
+    // a' = atan2(A, B) + z = 22.9643492 h, d' = asin C = +35.168228.
+    const OutlinePoint j2000 = PrecessB1875ToJ2000({22.8666666666667, 34.5});
+    EXPECT_NEAR(j2000.rightAscension, 22.9643492, 2e-7);
+    EXPECT_NEAR(j2000.declination, 35.168228, 2e-6);
+
+    // Ursa Minor's 9-hour step along +88 (8 h back through 0 h to 23 h) passes through
+    // 35 intermediate points a quarter hour apart; Serpens is drawn as Caput and Cauda.
+    const ConstellationOutline &umi = *kConstellationOutlines[Index("UMI")];
+    const auto umiParts = OutlineParts(umi);
+    ASSERT_EQ(umiParts.size(), 1u);
+    for (int k = 0; k <= 36; ++k) { // 8 h, 7.75 h, ... 0 h, ... 23 h
+        const OutlinePoint want = PrecessB1875ToJ2000({std::fmod(32.0 - k / 4.0, 24.0), 88.0});
+        EXPECT_NEAR(umiParts[0][1 + k].rightAscension, want.rightAscension, 1e-9) << k;
+        EXPECT_NEAR(umiParts[0][1 + k].declination, want.declination, 1e-9) << k;
+    }
+    const auto ser = OutlineParts(*kConstellationOutlines[Index("SER")]);
+    ASSERT_EQ(ser.size(), 2u);
+    EXPECT_NEAR(ser[0].back().rightAscension, PrecessB1875ToJ2000({15.9166667, -3.25}).rightAscension, 1e-6);
+    EXPECT_NEAR(ser[1].front().rightAscension, PrecessB1875ToJ2000({17.1666667, -16}).rightAscension, 1e-6);
+
+    // The objects drawn at the default limit (6) inside their own outline as drawn: the
+    // B1875 vertices unprecessed leave hundreds outside, the precessed outline none.
+    int drawn = 0, outsideBefore = 0, outsideAfter = 0;
+    for (int c = 0; c < kConstellationCount; ++c) {
+        const ConstellationOutline &outline = *kConstellationOutlines[c];
+        const auto before = RawVertices(outline), after = OutlineParts(outline);
+        const ObjectList &list = *kCatalogue[c];
+        for (int i = 0; i < list.count; ++i) {
+            const CatalogueObject &o = list.objects[i];
+            if (!IsDrawnObject(o, 6))
+                continue;
+            ++drawn;
+            outsideBefore += !InsideParts(before, o.rightAscension, o.declination);
+            outsideAfter += !InsideParts(after, o.rightAscension, o.declination);
+        }
+        // Each label point lies inside its own constellation (Serpens: its larger part).
+        const ConstellationRow &row = kConstellations[c];
+        const OutlinePoint label = PrecessB1875ToJ2000({row.rightAscension, row.declination});
+        EXPECT_TRUE(InsideParts({after[0]}, label.rightAscension, label.declination)
+                    || (after.size() > 1 && InsideParts({after[1]}, label.rightAscension,
+                                                        label.declination)))
+            << row.abbreviation;
+    }
+    std::printf("drawn at limit 6: %d; outside their outline: %d unprecessed, %d precessed\n",
+                drawn, outsideBefore, outsideAfter);
+    EXPECT_GT(outsideBefore, 300);
+    EXPECT_EQ(outsideAfter, 0);
 }
 
 // The fast star drawing against one drawEllipse per star: every catalogue
