@@ -101,6 +101,29 @@ protected:
     WsjtxLink *link = nullptr;
 };
 
+std::string Shown(const WsjtxSettings &s)
+{
+    return QString("%1 %2 %3 %4 %5").arg(s.enabled).arg(s.address).arg(s.port).arg(s.followDx)
+        .arg(s.followFrequency).toStdString();
+}
+
+// No file: off, 127.0.0.1:2237, both followed. Values out of range or
+// garbled read as the defaults; "0" is a boolean, "yes" is not.
+TEST(WsjtxSettingsFile, DefaultsAndGarbledValues)
+{
+    ResetSharedState();
+    WsjtxSettings s;
+    s.port = 1;
+    LoadWsjtx(kSettingsFileName, s);
+    EXPECT_EQ(Shown(s), "0 127.0.0.1 2237 1 1");
+    WriteIni("[WSJTX]\nEnabled=yes\nAddress= \nPort=70000\nFollowDx=0\nFollowFrequency=maybe\n");
+    LoadWsjtx(kSettingsFileName, s);
+    EXPECT_EQ(Shown(s), "0 127.0.0.1 2237 0 1");
+    WriteIni("[WSJTX]\nEnabled=true\nAddress=239.255.0.1\nPort=2238\nFollowDx=false\n");
+    LoadWsjtx(kSettingsFileName, s);
+    EXPECT_EQ(Shown(s), "1 239.255.0.1 2238 0 1");
+}
+
 TEST_F(WsjtxLinkTest, HostileDatagramsChangeNothingThenAStatusSetsTheDxStationAndFrequency)
 {
     OpenLinked();
