@@ -21,6 +21,9 @@ namespace {
 constexpr int kSilenceMs = 30000;
 // The largest UDP payload; a longer read would only be cut.
 constexpr qint64 kLargestDatagram = 65536;
+// Datagrams read per turn of the event loop: a flood on the port cannot
+// starve the window (the rest are read at the next turn).
+constexpr int kDatagramsPerTurn = 100;
 
 } // namespace
 
@@ -107,11 +110,11 @@ void WsjtxLink::Listen()
 
 void WsjtxLink::ReadDatagrams()
 {
-    // Everything waiting is read first; only the last Status counts, so a
+    // What is waiting is read first; only the last Status counts, so a
     // burst costs at most one change of the station.
     std::optional<State> heard;
     WsjtxMessage lastStatus;
-    while (socket.hasPendingDatagrams()) {
+    for (int read = 0; read < kDatagramsPerTurn && socket.hasPendingDatagrams(); ++read) {
         const QByteArray bytes = socket.receiveDatagram(kLargestDatagram).data();
         ++datagramCount;
         const WsjtxMessage message =

@@ -152,6 +152,9 @@ TEST_F(WsjtxLinkTest, HostileDatagramsChangeNothingThenAStatusSetsTheDxStationAn
             c = char(random());
         hostile << (i % 2 ? bytes : Message(1).left(12) + bytes);
     }
+    // More than the link reads in one turn of the event loop: the rest come next.
+    for (int i = hostile.size(); i < 130; ++i)
+        hostile << QByteArray();
     Send(hostile);
     Refresh();
     EXPECT_EQ(DxPanels(), before);
