@@ -50,8 +50,16 @@ WsjtxLink::~WsjtxLink()
 
 void WsjtxLink::Apply(const WsjtxSettings &settings)
 {
+    const bool elsewhere = settings.enabled != current.enabled ||
+                           settings.address != current.address || settings.port != current.port;
+    // A switch turned on takes the next Status whatever was taken before.
+    if (settings.followDx && !current.followDx)
+        followed.dxTaken = false;
+    if (settings.followFrequency && !current.followFrequency)
+        followed.dialTaken = false;
     current = settings;
-    Listen();
+    if (elsewhere || linkState == Failed)
+        Listen();
 }
 
 bool WsjtxLink::SaveAndApply(const WsjtxSettings &settings, QString *error)

@@ -38,7 +38,9 @@ public:
     ~WsjtxLink() override;
 
     const WsjtxSettings &settings() const { return current; }
-    // Listens anew (the next Status is taken whatever was taken before).
+    // Listens anew when the switch, address or port changed or listening
+    // had failed; then, or when a follow switch is turned on, the next
+    // Status is taken whatever was taken before.
     void Apply(const WsjtxSettings &settings);
     // Saves the settings and applies them; false, with the reason, when the
     // file could not be written (they apply all the same).

@@ -224,6 +224,21 @@ TEST_F(WsjtxLinkTest, ARepeatedStatusRecomputesNothingAndTheSwitchesHold)
     EXPECT_STREQ(dxStation.callsign, "Q1XYZ");
     EXPECT_EQ(DxPanels(), "Q1XYZ|JO62qm|52.52|13.38| 432.10 Mhz");
     EXPECT_EQ(homeData.frequency, 432.1);
+
+    // Ok with nothing changed keeps what was taken: a station set by hand
+    // stays. The frequency switched on again takes the next dial.
+    WhenOpen<StationControlDialog>([](StationControlDialog &) {}, QDialogButtonBox::Ok);
+    ui->actionStationControl->trigger();
+    dxStation = {};
+    Send({Status(144100000, "Q1XYZ", "JO62qm")});
+    EXPECT_STREQ(dxStation.callsign, "");
+    WhenOpen<StationControlDialog>([](StationControlDialog &dialog) {
+        dialog.widgets()->WsjtxFollowFrequency->setChecked(true);
+    }, QDialogButtonBox::Ok);
+    ui->actionStationControl->trigger();
+    Send({Status(144100000, "Q1XYZ", "JO62qm")});
+    EXPECT_STREQ(dxStation.callsign, "");
+    EXPECT_EQ(Text(ui->SetFrequencyButton), " 144.10 Mhz");
 }
 
 TEST_F(WsjtxLinkTest, TheDotGreyAmberGreenRed)
