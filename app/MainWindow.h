@@ -6,6 +6,7 @@
 //   MainWindowTime.cpp      the simulated clock and the time controls
 //   MainWindowStations.cpp  the menu dialogs (stations, sources, overlays ...)
 //   MainWindowMap.cpp       the map: projection, layers, mouse
+//   MainWindowWsjtx.cpp     following WSJT-X's DX station and dial frequency
 #pragma once
 
 #include <QColor>
@@ -30,6 +31,8 @@ class MainWindow;
 namespace lunaquill {
 class StarChartRenderer;
 class StationControl;
+class WsjtxLink;
+struct WsjtxFollowChange;
 }
 
 class MainWindow : public QMainWindow, protected QOpenGLFunctions
@@ -183,6 +186,8 @@ private:
 
     // Rotator and radio; reads the home records after each panel refresh.
     lunaquill::StationControl *stationControl = nullptr;
+    // Listens for WSJT-X; its Status messages set the DX station and frequency.
+    lunaquill::WsjtxLink *wsjtxLink = nullptr;
 
     void RefreshPanels();
     // After an accepted dialog: every source for the stations as they now
@@ -197,6 +202,8 @@ private:
     void StepTime(int32_t step, QWidget *pressed);
     void SetStepButtonsGray();
     bool CheckDxGrid();
+    void StartWsjtxLink();
+    void FollowWsjtx(const lunaquill::WsjtxFollowChange &change);
     bool MapPointFromMouse(QPoint windowPosition, double &latitude, double &longitude,
                            char *grid7);
     void ApplyStyles();

@@ -332,4 +332,33 @@ int SaveStationControl(const char *fileName, const StationControlSettings &stati
     return SaveResult(fileName, reason, error);
 }
 
+int LoadWsjtx(const char *fileName, WsjtxSettings &wsjtx)
+{
+    QSettings settings(SettingsPath(fileName), QSettings::IniFormat);
+    const WsjtxSettings defaults;
+    wsjtx = defaults;
+    settings.beginGroup("WSJTX");
+    wsjtx.enabled = ReadSwitch(settings, "Enabled", defaults.enabled);
+    wsjtx.address = ReadHost(settings, "Address", defaults.address);
+    wsjtx.port = ReadNumber(settings, "Port", 1, 65535, defaults.port);
+    wsjtx.followDx = ReadSwitch(settings, "FollowDx", defaults.followDx);
+    wsjtx.followFrequency = ReadSwitch(settings, "FollowFrequency", defaults.followFrequency);
+    settings.endGroup();
+    return 0;
+}
+
+int SaveWsjtx(const char *fileName, const WsjtxSettings &wsjtx, QString *error)
+{
+    const QString reason = SaveGroup(fileName, [&wsjtx](QSettings &settings) {
+        settings.beginGroup("WSJTX");
+        settings.setValue("Enabled", wsjtx.enabled);
+        settings.setValue("Address", wsjtx.address);
+        settings.setValue("Port", wsjtx.port);
+        settings.setValue("FollowDx", wsjtx.followDx);
+        settings.setValue("FollowFrequency", wsjtx.followFrequency);
+        settings.endGroup();
+    });
+    return SaveResult(fileName, reason, error);
+}
+
 } // namespace lunaquill

@@ -1,7 +1,7 @@
 // The settings file: <home>/AppData/Roaming/Lunaquill/<file>, ini format, with
 // the groups HOME_DATA (home station, frequency, tracked source) and OVERLAYS
 // (what the map and the star charts show), STATION_CONTROL (the rotator and
-// radio links). Each load fills the whole record,
+// radio links), WSJTX (the listener for WSJT-X's UDP messages). Each load fills the whole record,
 // each save writes the whole group back; other keys of the file are kept.
 #pragma once
 
@@ -48,5 +48,21 @@ struct StationControlSettings {
 int LoadStationControl(const char *fileName, StationControlSettings &station);
 int SaveStationControl(const char *fileName, const StationControlSettings &station,
                        QString *error = nullptr);
+
+// The listener for WSJT-X's UDP messages: where it listens and what it takes.
+struct WsjtxSettings {
+    bool enabled = false;
+    QString address = "127.0.0.1";   // a multicast group (224.0.0.0/4) is joined
+    int32_t port = 2237;
+    bool followDx = true;            // the DX call and grid
+    bool followFrequency = true;     // the dial frequency, in memory only
+};
+
+// Like the station control: a value missing or out of range (an empty
+// address, a port outside 1..65535, a switch that is not a boolean) reads as
+// its default. An address that is not an IP address is kept: the listener
+// then shows why it cannot listen.
+int LoadWsjtx(const char *fileName, WsjtxSettings &wsjtx);
+int SaveWsjtx(const char *fileName, const WsjtxSettings &wsjtx, QString *error = nullptr);
 
 } // namespace lunaquill

@@ -1,6 +1,7 @@
 #include "StationControl.h"
 
 #include "StationControlDialog.h"
+#include "WsjtxLink.h"
 
 #include "tracking/SharedState.h"
 
@@ -376,6 +377,10 @@ void StationControl::RunDialog()
                                  "Lunaquill could not save the station control settings to "
                                  + error + ".\n\nThey hold until Lunaquill is closed.");
         Apply(chosen);
+        if (wsjtxLink && !wsjtxLink->SaveAndApply(dialog.chosenWsjtxSettings(), &error))
+            QMessageBox::warning(qobject_cast<QWidget *>(parent()), "Settings not saved",
+                                 "Lunaquill could not save the WSJT-X settings to " + error
+                                 + ".\n\nThey hold until Lunaquill is closed.");
     }
 }
 

@@ -27,6 +27,8 @@ class QMenuBar;
 
 namespace lunaquill {
 
+class WsjtxLink;
+
 // The Doppler modes of the radio, as stored under DopplerMode.
 enum DopplerMode : int32_t {
     DopplerOff = 0,
@@ -183,6 +185,11 @@ public:
     // Runs the dialog; on Ok saves the settings and applies them.
     void RunDialog();
 
+    // The WSJT-X listener, whose settings the dialog shows in a section of
+    // their own.
+    void AttachWsjtx(WsjtxLink *link) { wsjtxLink = link; }
+    WsjtxLink *wsjtx() const { return wsjtxLink; }
+
 private:
     void ShowIndicator();
 
@@ -193,6 +200,7 @@ private:
     RigMemory rigMemory;
     std::function<int64_t()> now;
     QPointer<QLabel> indicatorLabel; // the menu bar's, gone first at exit
+    WsjtxLink *wsjtxLink = nullptr; // the window's, as this is
 };
 
 } // namespace lunaquill

@@ -1,6 +1,7 @@
 #include "StationControlDialog.h"
 
 #include "StationControl.h"
+#include "WsjtxLink.h"
 #include "ui_StationControlDialog.h"
 
 namespace lunaquill {
@@ -41,6 +42,7 @@ StationControlDialog::StationControlDialog(StationControl &control, QWidget *par
     connect(&control.rotator(), &DaemonLink::Changed, this, &StationControlDialog::ShowStatus);
     connect(&control.rig(), &DaemonLink::Changed, this, &StationControlDialog::ShowStatus);
     ShowStatus();
+    ShowWsjtx();
 }
 
 StationControlDialog::~StationControlDialog()
@@ -61,6 +63,37 @@ StationControlSettings StationControlDialog::chosenSettings() const
     s.rigHost = rigHost.isEmpty() ? s.rigHost : rigHost;
     s.rigPort = ui->RigPort->value();
     s.dopplerMode = ui->DopplerMode->currentIndex();
+    return s;
+}
+
+// The listener's settings and live status; without a listener the section
+// is hidden.
+void StationControlDialog::ShowWsjtx()
+{
+    WsjtxLink *link = control.wsjtx();
+    ui->WsjtxGroup->setVisible(link != nullptr);
+    if (!link)
+        return;
+    const WsjtxSettings &s = link->settings();
+    ui->WsjtxEnabled->setChecked(s.enabled);
+    ui->WsjtxAddress->setText(s.address);
+    ui->WsjtxPort->setValue(s.port);
+    ui->WsjtxFollowDx->setChecked(s.followDx);
+    ui->WsjtxFollowFrequency->setChecked(s.followFrequency);
+    auto showStatus = [this, link] { ui->WsjtxStatus->setText(link->status()); };
+    connect(link, &WsjtxLink::Changed, this, showStatus);
+    showStatus();
+}
+
+WsjtxSettings StationControlDialog::chosenWsjtxSettings() const
+{
+    WsjtxSettings s;
+    s.enabled = ui->WsjtxEnabled->isChecked();
+    const QString address = ui->WsjtxAddress->text().trimmed();
+    s.address = address.isEmpty() ? s.address : address;
+    s.port = ui->WsjtxPort->value();
+    s.followDx = ui->WsjtxFollowDx->isChecked();
+    s.followFrequency = ui->WsjtxFollowFrequency->isChecked();
     return s;
 }
 

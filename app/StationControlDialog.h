@@ -1,5 +1,6 @@
 // The rotator and radio links: host, port, enable, minimum elevation, Doppler
-// mode, and a live status line for each. Only Ok changes anything.
+// mode, and a live status line for each; the WSJT-X listener in a section of
+// its own. Only Ok changes anything.
 #pragma once
 
 #include "Settings.h"
@@ -25,10 +26,12 @@ public:
     Ui::StationControlDialog *widgets() const { return ui; }
     // The settings as the dialog shows them.
     StationControlSettings chosenSettings() const;
+    WsjtxSettings chosenWsjtxSettings() const;
 
 private:
     void ShowStatus();
     void ShowModeHelp(int mode);
+    void ShowWsjtx();
 
     StationControl &control;
     Ui::StationControlDialog *ui;

@@ -142,5 +142,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                                  flag != &overlays.StarChartOverlay));
         FUZZ_CHECK(overlays.StarsMagnitude == 6 && overlays.MapOffset == 0);
     }
+
+    WsjtxSettings wsjtx;
+    FUZZ_CHECK(LoadWsjtx(kSettingsFileName, wsjtx) == 0);
+    FUZZ_CHECK(wsjtx.port >= 1 && wsjtx.port <= 65535 && !wsjtx.address.trimmed().isEmpty());
+    if (!MayName(lower, "wsjtx")) {
+        const WsjtxSettings defaults;
+        FUZZ_CHECK(!wsjtx.enabled && wsjtx.address == defaults.address && wsjtx.port == 2237 &&
+                   wsjtx.followDx && wsjtx.followFrequency);
+    }
     return 0;
 }

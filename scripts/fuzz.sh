@@ -2,7 +2,7 @@
 # Runs one fuzz target under libFuzzer, with AddressSanitizer and UBSan:
 #   scripts/fuzz.sh TARGET SECONDS [libFuzzer options...]
 # TARGET is a name of fuzz/*_fuzz.cpp without "_fuzz" (dx_stations,
-# favorite_list, settings, locator, station_entry). Builds with clang-14 in
+# favorite_list, settings, locator, station_entry, wsjtx_message). Builds with clang-14 in
 # build-fuzz/ (installs clang-14 and libclang-rt-14-dev when missing). New
 # inputs go to build-fuzz/corpus/TARGET (the seeds in fuzz/corpus/TARGET stay
 # as they are); a failing input lands in build-fuzz/findings/TARGET/.
