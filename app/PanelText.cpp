@@ -5,7 +5,6 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 
 namespace lunaquill {
 
@@ -25,11 +24,6 @@ QString RiseSetText(const char *prefix, double julianDate)
     ln_get_date(julianDate, &date);
     return Printf("%s%02d-%02d %02d:%02d", prefix, date.months, date.days, date.hours,
                   date.minutes);
-}
-
-QString FieldText(const char *field, size_t size)
-{
-    return QString::fromLatin1(field, (qsizetype)strnlen(field, size));
 }
 
 QString SourceButtonText(int32_t source)

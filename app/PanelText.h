@@ -2,6 +2,8 @@
 // buffer, as every displayed number is.
 #pragma once
 
+#include "tracking/FieldText.h" // FieldText, for the panels
+
 #include <QString>
 
 #include <cstddef>
@@ -15,8 +17,6 @@ QString Printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
 // "<prefix>%02d-%02d %02d:%02d" of a Julian Date: month, day, hour, minute.
 QString RiseSetText(const char *prefix, double julianDate);
 
-// A fixed character field as text, read no further than its size.
-QString FieldText(const char *field, size_t size);
 
 // The name SourceButton shows for a tracked source, upper-cased; empty for an
 // index outside the 24 sources.
