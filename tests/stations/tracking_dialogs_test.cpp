@@ -117,7 +117,7 @@ TEST(StationDialog, FieldsChoicesLocatorsAndLongTextsStoreAtOnce)
         // A grid typed in the home dialog waits for Grid Convert; in the DX dialog it moves the
         // station at once. A non-locator then leaves the station where it was. Subsquare a, a
         // of FN42: 42 + 0.5*2.5/60 = 42 1' 15" N, 108 + 0.5*5/60 - 180 = -71 57' 30" (W).
-        for (const char *grid : {"fn42aa", "F142"}) {
+        for (const char *grid : {"fn42aa", "F142", "ZZ99zz", "FN42ay"}) { // the last two lie off the globe
             Enter(*dialog, "GridEdit", grid);
             if (home) { // where it was until Grid Convert
                 EXPECT_EQ(latitude, *grid == 'f' ? -(1234567890 + m) : 42.0 + 0.5 * 2.5 / 60);
@@ -182,6 +182,21 @@ TEST(StationDialog, DxListShowsBandedRowsAndAClickPicksTheStation)
     EXPECT_NEAR(dxStation.longitude, 13.375, 1e-7);
     EXPECT_EQ(click(11, 1), "Q123456789A "); // cut to what the DX call holds
     EXPECT_EQ(click(3, 0), " "); // a heading row is a record too
+}
+
+// A list in UTF-8 and a line in Latin-1 show the same characters.
+TEST(StationDialog, DxListInUtf8OrLatin1ShowsItsOwnCharacters)
+{
+    test::ResetSharedState();
+    QFile file(test::SettingsFolder() + "DxStations.txt");
+    file.open(QIODevice::WriteOnly);
+    file.write("Q1\xc3\x84\x42\x43,JO62,a,b,c,d,Z\xc3\xbcrich\nQ2ABC,JO62,a,b,c,d,Z\xfcrich\n");
+    file.close();
+    DxStationDialog dialog;
+    QTableWidget *table = Child<QTableWidget>(dialog, "DxStationTable");
+    ASSERT_EQ(table->rowCount(), 2);
+    EXPECT_EQ(table->item(0, 0)->text() + table->item(0, 1)->text() + table->item(1, 0)->text(),
+              QString::fromUtf8("Z\u00fcrichQ1\u00c4BCZ\u00fcrich"));
 }
 
 constexpr time_t kInstant = 1741586400; // 2025-03-10 06:00:00 UTC, 01:00 in Boston
