@@ -7,8 +7,13 @@
 #include "tracking/Maidenhead.h"
 #include "tracking/SharedState.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QLabel>
 #include <QTableWidgetItem>
+#include <QVBoxLayout>
 
 namespace lunaquill {
 
@@ -24,10 +29,27 @@ const QColor moonDown(190, 190, 190);
 
 } // namespace
 
+QString ExampleListsFolder(const QString &currentFolder, const QString &executableFolder)
+{
+    const QString candidates[] = {
+        currentFolder + "/examples",
+        QDir::cleanPath(executableFolder + kInstalledDocFolder + "/examples"),
+    };
+    for (const QString &folder : candidates)
+        if (QFileInfo(folder + "/Favorites.txt").isFile())
+            return QDir::cleanPath(folder) + "/";
+    return QString();
+}
+
 FavoritesDialog::FavoritesDialog(const QString &fileName, bool show, QWidget *parent)
     : QDialog(parent), list(std::make_unique<FavoriteList>())
 {
-    if (LoadList(SettingsFolder() + fileName) != 0 || !show)
+    if (LoadList(SettingsFolder() + fileName) != 0) {
+        if (show)
+            ExplainMissingList(fileName);
+        return;
+    }
+    if (!show)
         return;
     ui = std::make_unique<Ui::FavoritesDialog>();
     ui->setupUi(this);
@@ -38,6 +60,11 @@ FavoritesDialog::FavoritesDialog(const QString &fileName, bool show, QWidget *pa
     moon = std::make_unique<SourceTrack[]>(FavoriteCapacity);
     FillTable();
     connect(table, &QTableWidget::itemClicked, this, &FavoritesDialog::FavoriteSelected);
+    // A row chosen with the keyboard counts as a click on it.
+    connect(table, &QTableWidget::itemSelectionChanged, this, [table, this] {
+        if (const QList<QTableWidgetItem *> rows = table->selectedItems(); !rows.isEmpty())
+            FavoriteSelected(rows.first());
+    });
     connect(ui->buttonBox, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(ui->buttonBox, &QDialogButtonBox::rejected, this, &QDialog::reject);
     // A clock set ahead, as when planning, is followed closely; at or behind
@@ -50,6 +77,20 @@ FavoritesDialog::~FavoritesDialog()
 {
     if (timer.isActive())
         timer.stop();
+}
+
+void FavoritesDialog::ExplainMissingList(const QString &fileName)
+{
+    // Still no table and no timer: one line that says where to put a list.
+    setWindowTitle("Favorites List");
+    const QString examples = ExampleListsFolder(QDir::currentPath(),
+                                                QCoreApplication::applicationDirPath());
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(new QLabel(
+        "Lunaquill found no list " + fileName + " in the folder " + SettingsFolder()
+            + "; example lists come with the program"
+            + (examples.isEmpty() ? QString() : " (in " + examples + ")") + ".",
+        this));
 }
 
 int FavoritesDialog::LoadList(const QString &path)

@@ -20,6 +20,14 @@ class FavoritesDialog;
 
 namespace lunaquill {
 
+// The installed documentation folder, relative to the folder of the executable.
+inline constexpr const char *kInstalledDocFolder = "/../share/doc/lunaquill";
+
+// Where the example lists are: examples/ below the current folder (a source
+// tree), else in the installed documentation beside the executable's folder;
+// empty when neither holds them.
+QString ExampleListsFolder(const QString &currentFolder, const QString &executableFolder);
+
 class FavoritesDialog : public QDialog
 {
     Q_OBJECT
@@ -27,7 +35,8 @@ class FavoritesDialog : public QDialog
 public:
     // Reads fileName from the settings folder. With `show` set and a list
     // that could be read, builds the table, fills it and starts the refresh;
-    // a list that cannot be read leaves a bare dialog that can only be closed.
+    // a list that cannot be read leaves a bare dialog that can only be closed
+    // and names the file it looked for.
     FavoritesDialog(const QString &fileName, bool show, QWidget *parent = nullptr);
     ~FavoritesDialog() override;
 
@@ -48,6 +57,8 @@ public slots:
     void TimerEvent();
 
 private:
+    void ExplainMissingList(const QString &fileName);
+
     std::unique_ptr<FavoriteList> list;
     std::unique_ptr<Ui::FavoritesDialog> ui;
     QTimer timer;

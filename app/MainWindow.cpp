@@ -257,6 +257,7 @@ void MainWindow::RefreshPanels()
     ui->DateTimeButton->setText(QString::fromLatin1(ClockText(utc)));
 
     uint32_t bits = (forceRefresh || refreshAll || playing) ? TrackAll : TrackPosition;
+    refreshAll = false;
     if (utc.tm_sec == 0)
         bits |= TrackDistance | TrackRiseSet;
     if (homeData.trackingSource == Moon)
@@ -267,7 +268,6 @@ void MainWindow::RefreshPanels()
     SourceTrack &home = TrackedRecord(homeTracks);
     ComputeSource((uint32_t)homeData.trackingSource, bits, utc, homeData.latitude,
                   homeData.longitude, homeData.frequency, home);
-    refreshAll = false;
     homeSeesSource = ShowStation({ui->HomeAzimuth, ui->HomeElevation, ui->HomeDoppler,
                                   ui->HomeSpatialOffset, ui->HomeSkyTemp, ui->HomeDegradation,
                                   ui->HomeRiseTime, ui->HomeSetTime},
@@ -337,9 +337,12 @@ void MainWindow::TimeAdjusted()
     forceRefresh = true; // rise, set and distance for the new instant at the next tick
 }
 
-void MainWindow::DialogAccepted()
+void MainWindow::ShowChanges()
 {
+    CheckDxGrid(); // before the sources, so that a new DX station is computed too
     RecalculateSources();
     overlaysStale = true;
-    forceRefresh = true;
+    forceRefresh = true; // every figure, rise and set included
+    RefreshPanels();
+    forceRefresh = false;
 }

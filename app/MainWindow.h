@@ -177,7 +177,7 @@ private:
 
     bool loadingPixmaps = false;
     bool forceRefresh = false;
-    bool refreshAll = false;
+    bool refreshAll = false; // the next panel refresh asks for every figure
     int32_t panelTicks = 0;
     int32_t hoverTicks = 0;
     int32_t playTicks = 0;
@@ -190,9 +190,10 @@ private:
     lunaquill::WsjtxLink *wsjtxLink = nullptr;
 
     void RefreshPanels();
-    // After an accepted dialog: every source for the stations as they now
-    // stand, the overlays and every panel figure at the next tick.
-    void DialogAccepted();
+    // After a dialog that changed what is in force: every source for the
+    // stations as they now stand and every panel figure at once, the
+    // overlays at the next tick.
+    void ShowChanges();
     // Save a settings group; a save that fails is reported in the window.
     void SaveHomeSettings();
     void SaveOverlaySettings();

@@ -90,7 +90,11 @@ bool MainWindow::MapPointFromMouse(QPoint windowPosition, double &latitude, doub
     if (!MouseToMap(windowPosition, ui->WorldMap->geometry(), ui->centralWidget->geometry(),
                     overlaySettings.MapOffset, latitude, longitude))
         return false;
-    return LatLongToGrid(grid7, latitude, longitude) == 0;
+    // The map's top row lies at latitude 90, whose locator (field letter S)
+    // is none: a click there sets no station.
+    double centreLatitude, centreLongitude;
+    return LatLongToGrid(grid7, latitude, longitude) == 0 &&
+           GridToLatLong(grid7, centreLatitude, centreLongitude) == 0;
 }
 
 void MainWindow::mouseMoveEvent(QMouseEvent *event)

@@ -1,5 +1,7 @@
 // The menu and panel dialogs: About, stations, sources, lists, overlays and
-// frequency. Each runs modally on the stack; only Accepted counts.
+// frequency. Each runs modally on the stack. The station dialogs count only
+// when accepted; the sources, lists, frequency and overlays change what is in
+// force while open, so the window shows it whatever their result (Ok saves).
 #include "MainWindow.h"
 
 #include "AboutDialog.h"
@@ -64,8 +66,7 @@ bool MainWindow::HomeStation()
         SaveHomeSettings();
         if (homeData.grid[0] != '\0')
             homeStationSet = 1;
-        UpdateDisplay();
-        DialogAccepted();
+        ShowChanges();
     }
     return true;
 }
@@ -83,21 +84,16 @@ bool MainWindow::CheckDxGrid()
 bool MainWindow::DxStation()
 {
     DxStationDialog dialog;
-    if (dialog.exec() == QDialog::Accepted) {
-        CheckDxGrid();
-        UpdateDisplay();
-        DialogAccepted();
-    }
+    if (dialog.exec() == QDialog::Accepted)
+        ShowChanges();
     return true;
 }
 
 bool MainWindow::SetDxStation()
 {
     DxSelectDialog dialog;
-    if (dialog.exec() == QDialog::Accepted) {
-        UpdateDisplay();
-        DialogAccepted();
-    }
+    if (dialog.exec() == QDialog::Accepted)
+        ShowChanges();
     return true;
 }
 
@@ -106,36 +102,23 @@ bool MainWindow::SetDxStation()
 bool MainWindow::SourcesDisplay()
 {
     SourcesDialog dialog;
-    if (dialog.exec() == QDialog::Accepted) {
+    if (dialog.exec() == QDialog::Accepted)
         SaveHomeSettings();
-        UpdateDisplay();
-        DialogAccepted();
-    }
+    ShowChanges();
     return true;
 }
 
 void MainWindow::SourceButtonPressed()
 {
-    SourcesDialog dialog;
-    if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeSettings();
-        UpdateDisplay();
-        DialogAccepted();
-    }
-    // Whatever the dialog's result, the panels refresh with every figure.
-    refreshAll = true;
-    UpdateDisplay();
+    SourcesDisplay();
 }
 
 bool MainWindow::Favorites(const QString &fileName)
 {
     // A click on a row has set the DX station already, whatever the result.
     FavoritesDialog dialog(fileName, true);
-    if (dialog.exec() == QDialog::Accepted) {
-        CheckDxGrid();
-        UpdateDisplay();
-        DialogAccepted();
-    }
+    dialog.exec();
+    ShowChanges();
     return true;
 }
 
@@ -153,25 +136,22 @@ bool MainWindow::EmeFavorites() { return Favorites("Favorites.txt"); }
 
 bool MainWindow::SetOverlays()
 {
-    // The switches change as they are clicked, and a cancel keeps them in
-    // memory: the map follows them at its next rebuild. Only Ok saves them and
-    // redraws at once.
+    // The switches change as they are clicked and a cancel keeps them in
+    // memory, so the map and the view follow them at once; only Ok saves them.
     OverlaysDialog dialog;
-    if (dialog.exec() == QDialog::Accepted) {
+    if (dialog.exec() == QDialog::Accepted)
         SaveOverlaySettings();
-        DrawMapOverlay();
-        TimeAdjusted();
-    }
+    DrawMapOverlay();
+    TimeAdjusted();
     return true;
 }
 
 bool MainWindow::SetFrequency()
 {
+    // An entered frequency is in force even when the dialog is cancelled.
     FrequencyDialog dialog;
-    if (dialog.exec() == QDialog::Accepted) {
+    if (dialog.exec() == QDialog::Accepted)
         SaveHomeSettings();
-        UpdateDisplay();
-        DialogAccepted();
-    }
+    ShowChanges();
     return true;
 }

@@ -31,8 +31,7 @@ void MainWindow::FollowWsjtx(const WsjtxFollowChange &change)
     }
     if (change.frequency)
         homeData.frequency = change.frequencyMHz;
-    // As after an accepted DX entry: every source anew, the overlays and
-    // every panel figure at the next tick.
-    UpdateDisplay();
-    DialogAccepted();
+    // As after an accepted DX entry: every source anew and every panel
+    // figure at once, the overlays at the next tick.
+    ShowChanges();
 }

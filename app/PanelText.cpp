@@ -5,7 +5,6 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 
 namespace lunaquill {
 
@@ -24,11 +23,6 @@ QString RiseSetText(const char *prefix, double julianDate, int32_t riseSetStatus
     char text[128];
     FormatRiseSet(text, sizeof text, prefix, julianDate, riseSetStatus);
     return QString::fromLatin1(text);
-}
-
-QString FieldText(const char *field, size_t size)
-{
-    return QString::fromLatin1(field, (qsizetype)strnlen(field, size));
 }
 
 QString SourceButtonText(int32_t source)

@@ -2,6 +2,8 @@
 // buffer, as every displayed number is.
 #pragma once
 
+#include "tracking/FieldText.h" // FieldText, for the panels
+
 #include <QString>
 
 #include <cstddef>
@@ -16,8 +18,6 @@ QString Printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
 // minute), or "<prefix>always up" / "<prefix>never up".
 QString RiseSetText(const char *prefix, double julianDate, int32_t riseSetStatus);
 
-// A fixed character field as text, read no further than its size.
-QString FieldText(const char *field, size_t size);
 
 // The name SourceButton shows for a tracked source, upper-cased; empty for an
 // index outside the 24 sources.

@@ -1,5 +1,7 @@
 #include "Settings.h"
 
+#include "tracking/StationEntry.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
@@ -205,7 +207,11 @@ int LoadHomeData(const char *fileName, HomeData &home)
     ReadText(settings, "Location", "Ocean", home.location);
     home.latitude = ReadDouble(settings, "Latitude", "");
     home.longitude = ReadDouble(settings, "Longitude", "");
-    home.frequency = ReadDouble(settings, "Frequency", "1296.0");
+    // A frequency outside what the program computes with, or no number,
+    // would give infinite figures: the default instead.
+    home.frequency = DefaultFrequency;
+    ReadNumberWithin(settings.value("Frequency").toString().toStdString(), MinimumFrequency,
+                     MaximumFrequency, home.frequency);
     home.trackingSource = settings.value("TrackingSource", "0").toInt();
     settings.endGroup();
     // The source is an index into the result arrays: anything else is the Moon.

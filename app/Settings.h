@@ -19,7 +19,8 @@ QString SettingsFolder();
 // The settings folder followed by the file name.
 QString SettingsPath(const char *fileName);
 
-// Missing file or key: the defaults. A value that does not convert: 0.
+// Missing file or key: the defaults. A value that does not convert: 0, but
+// a frequency outside 1..300000 MHz or not a number reads as 1296.0.
 // Texts too long for their field are cut to it. Both return 0.
 int LoadHomeData(const char *fileName, HomeData &home);
 int LoadOverlays(const char *fileName, OverlaySettings &overlays);

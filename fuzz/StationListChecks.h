@@ -8,15 +8,56 @@
 #include "tracking/StationLines.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <vector>
+
+#include <iconv.h>
 
 namespace lunaquill::fuzz {
 
 struct Station {
     std::string call, grid, location;
 };
+
+// How glibc's converter takes text as UTF-8: whole, whole but for a last
+// character cut off by the end (the bytes of which `cut` receives), or not.
+enum class Utf8Reading { Whole, CutAtEnd, Not };
+
+inline Utf8Reading ReadAsUtf8(const std::string &text, std::string *cut = nullptr)
+{
+    auto convert = [](const std::string &bytes, size_t &left) {
+        iconv_t converter = iconv_open("UTF-32LE", "UTF-8");
+        std::string out(4 * bytes.size() + 4, '\0');
+        char *in = const_cast<char *>(bytes.data()), *to = out.data();
+        size_t room = out.size();
+        left = bytes.size();
+        const int error = iconv(converter, &in, &left, &to, &room) == (size_t)-1 ? errno : 0;
+        iconv_close(converter);
+        return error;
+    };
+    size_t left = 0;
+    const int error = convert(text, left);
+    if (error == 0)
+        return Utf8Reading::Whole;
+    if (error != EINVAL)
+        return Utf8Reading::Not;
+    // glibc calls any incomplete end EINVAL, even one no character starts
+    // with ("\xe0\x80"): the end is a cut character only when some
+    // continuation makes it a whole one.
+    const std::string end = text.substr(text.size() - left);
+    for (size_t more = 1; more <= 3; ++more)
+        for (char next : {'\x80', '\x90', '\xa0'}) {
+            size_t rest = 0;
+            if (convert(end + next + std::string(more - 1, '\x80'), rest) == 0) {
+                if (cut)
+                    *cut = end;
+                return Utf8Reading::CutAtEnd;
+            }
+        }
+    return Utf8Reading::Not;
+}
 
 // The stations of a list file by the rules users' files are read by, worked
 // out plainly over the whole text rather than line by line from the file.
@@ -41,10 +82,18 @@ inline std::vector<Station> ExpectedStations(const uint8_t *data, size_t size, L
         line.resize(strnlen(line.c_str(), line.size())); // the line is read as a C string
         if (line.empty() || line[0] == '/' || (dx && line[0] == '\n'))
             continue;
+        // UTF-8 text loses a last character cut off by the line's limit, and
+        // none of its characters is split between two fields.
+        std::string cut;
+        const Utf8Reading reading = ReadAsUtf8(line, &cut);
+        line.resize(line.size() - cut.size());
         // A field ends at a comma (consumed) or after its width (not).
         size_t at = 0;
         auto field = [&](size_t width, const char *stops) {
-            const size_t length = std::min(width, line.find_first_of(stops, at) - at);
+            size_t length = std::min(width, line.find_first_of(stops, at) - at);
+            while (reading != Utf8Reading::Not && at + length < line.size() && length > 0 &&
+                   (line[at + length] & 0xC0) == 0x80)
+                --length; // back to the first byte of the character cut in two
             std::string value = line.substr(at, length);
             at += value.size();
             if (value.size() < width && at < line.size() && line[at] == ',')

@@ -7,6 +7,7 @@
 #include "tracking/StationEntry.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 
@@ -73,6 +74,30 @@ void CheckReadingFields(const std::string &degrees, const std::string &minutes,
     }
 }
 
+// A number typed as a whole (a frequency, a user point): taken exactly when
+// strtod in the C locale reads the whole text, white space around it aside,
+// as a decimal number (no hexadecimal, "inf" or "nan" forms) within the
+// bounds, and then with strtod's value.
+void CheckReadingWholeNumber(const std::string &text, double low, double high)
+{
+    double value = 1234.5;
+    const bool read = ReadNumberWithin(text, low, high, value);
+    char *end = nullptr;
+    errno = 0;
+    const double reference = strtod(text.c_str(), &end);
+    // Below the smallest normal double, strtod and from_chars may disagree
+    // on underflow; the readers' bounds make such a value meaningless anyway.
+    if (errno == ERANGE && std::fabs(reference) < 1)
+        return;
+    const bool someNumber = end != text.c_str();
+    while (*end != '\0' && isspace((unsigned char)*end))
+        ++end;
+    const bool whole = someNumber && *end == '\0' && strlen(text.c_str()) == text.size();
+    const bool decimal = text.find_first_of("xXiInN") == std::string::npos;
+    FUZZ_CHECK(read == (whole && decimal && reference >= low && reference <= high));
+    FUZZ_CHECK(read ? value == reference : value == 1234.5);
+}
+
 void CheckShowingValue(double value)
 {
     const PositionTexts texts = PositionTextsFromValue(value);
@@ -127,6 +152,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (!fields[0].empty() && !isspace((unsigned char)fields[0][0]))
             FUZZ_CHECK(read(fields[0] + " 7") == value);
     }
+    CheckReadingWholeNumber(fields[0], MinimumFrequency, MaximumFrequency);
+    CheckReadingWholeNumber(fields[1], -90, 90);
     CheckReadingFields(fields[0], fields[1], fields[2], SmallNumber(fields[3], 4));
     const double value = fuzz::DoubleField(fields[4]);
     CheckShowingValue(value);

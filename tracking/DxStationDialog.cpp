@@ -2,6 +2,7 @@
 #include "ui_DxStationDialog.h"
 
 #include "DxStationList.h"
+#include "FieldText.h"
 #include "Maidenhead.h"
 #include "SharedState.h"
 #include "StationEntry.h"
@@ -21,13 +22,6 @@ enum Column { LocationColumn, PrefixColumn, GridColumn, LatitudeColumn, Longitud
 // Section backgrounds, light enough for black text: blue, green, sand, lilac.
 const QColor bandColours[4] = {QColor(0xdd, 0xea, 0xf7), QColor(0xdf, 0xf1, 0xdc),
                                QColor(0xfb, 0xf0, 0xd2), QColor(0xec, 0xe1, 0xf4)};
-
-// A record's text field, which need not be terminated.
-template <size_t N>
-QString FieldText(const char (&field)[N])
-{
-    return QString::fromLatin1(field, (int)strnlen(field, N));
-}
 
 } // namespace
 
@@ -71,9 +65,9 @@ void DxStationDialog::FillTable()
             colourGroup = (colourGroup + 1) % 4;
 
         QString texts[ColumnCount];
-        texts[LocationColumn] = FieldText(record.location);
-        texts[PrefixColumn] = FieldText(record.prefix);
-        texts[GridColumn] = FieldText(record.grid);
+        texts[LocationColumn] = FieldText(record.location, sizeof record.location);
+        texts[PrefixColumn] = FieldText(record.prefix, sizeof record.prefix);
+        texts[GridColumn] = FieldText(record.grid, sizeof record.grid);
         texts[LatitudeColumn] = QString::fromStdString(FormatFixed(record.latitude, 5, 2));
         texts[LongitudeColumn] = QString::fromStdString(FormatFixed(record.longitude, 5, 2));
         for (int column = 0; column < ColumnCount; ++column) {

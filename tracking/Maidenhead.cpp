@@ -15,15 +15,21 @@ int GridToLatLong(const char *grid, double &latitude, double &longitude)
     for (int i = 0; i < 6 && grid[i] != '\0'; ++i)
         c[i] = (unsigned char)grid[i];
 
-    if (!isalpha(c[0]) || !isalpha(c[1]) || !isdigit(c[2]) || !isdigit(c[3]))
+    // Field letters A to R and subsquare letters A to X, either case: any
+    // other letter lies off the globe, and the text is no locator.
+    auto within = [](unsigned char letter, char first, char last) {
+        return isalpha(letter) && toupper(letter) >= first && toupper(letter) <= last;
+    };
+    if (!within(c[0], 'A', 'R') || !within(c[1], 'A', 'R') || !isdigit(c[2]) || !isdigit(c[3]))
         return 1;
-    // Any letter is accepted, used by its distance from 'A'.
     int f1 = toupper(c[0]) - 'A';
     int f2 = toupper(c[1]) - 'A';
     int d1 = c[2] - '0';
     int d2 = c[3] - '0';
     int s1 = 12, s2 = 12; // the middle of the square
     if (isalpha(c[4]) && isalpha(c[5])) {
+        if (!within(c[4], 'A', 'X') || !within(c[5], 'A', 'X'))
+            return 1;
         s1 = tolower(c[4]) - 'a';
         s2 = tolower(c[5]) - 'a';
     }

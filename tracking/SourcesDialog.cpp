@@ -8,7 +8,6 @@
 #include <QSignalBlocker>
 #include <QTableWidgetItem>
 
-#include <cmath>
 #include <cstdio>
 
 namespace lunaquill {
@@ -40,19 +39,25 @@ QString DateText(double julianDate, int32_t riseSetStatus)
     return QString::fromLatin1(text);
 }
 
-// The home record field that a user cell edits, or null for any other cell.
-// Only the home records: the DX figures of a user point stay as they were.
-double *UserField(int row, int column)
+// The home record field that a user cell edits, with the values it takes,
+// or null for any other cell. Only the home records: the DX figures of a
+// user point stay as they were.
+struct UserCell {
+    double *field;
+    double low, high;
+};
+
+UserCell UserField(int row, int column)
 {
     if (row == UserAzEl && column == AzimuthColumn)
-        return &homeTracks[UserAzEl].azimuth;
+        return {&homeTracks[UserAzEl].azimuth, 0, 360};
     if (row == UserAzEl && column == ElevationColumn)
-        return &homeTracks[UserAzEl].elevation;
+        return {&homeTracks[UserAzEl].elevation, -90, 90};
     if (row == UserRaDec && column == RaColumn)
-        return &homeTracks[UserRaDec].rightAscension;
+        return {&homeTracks[UserRaDec].rightAscension, 0, 24}; // hours
     if (row == UserRaDec && column == DeclinationColumn)
-        return &homeTracks[UserRaDec].declination;
-    return nullptr;
+        return {&homeTracks[UserRaDec].declination, -90, 90};
+    return {nullptr, 0, 0};
 }
 
 } // namespace
@@ -71,7 +76,7 @@ SourcesDialog::SourcesDialog(QWidget *parent) : QDialog(parent), ui(new Ui::Sour
             auto *item = new QTableWidgetItem(column == SourceColumn ? kSourceNames[row] : "");
             // Only the user points' own figures can be typed over.
             Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-            if (UserField(row, column))
+            if (UserField(row, column).field)
                 flags |= Qt::ItemIsEditable;
             item->setFlags(flags);
             if (column != SourceColumn)
@@ -87,6 +92,11 @@ SourcesDialog::SourcesDialog(QWidget *parent) : QDialog(parent), ui(new Ui::Sour
     Refresh();
 
     connect(table, &QTableWidget::itemClicked, this, &SourcesDialog::SourceChanged);
+    // A row chosen with the keyboard counts as a click on it.
+    connect(table, &QTableWidget::itemSelectionChanged, this, [table, this] {
+        if (const QList<QTableWidgetItem *> rows = table->selectedItems(); !rows.isEmpty())
+            SourceChanged(rows.first());
+    });
     connect(table, &QTableWidget::itemPressed, this, &SourcesDialog::ItemPressed);
     // A typed value is kept as soon as the edit ends, so the next refresh
     // shows it instead of the old one.
@@ -159,7 +169,7 @@ void SourcesDialog::SourceChanged(QTableWidgetItem *item)
 
 void SourcesDialog::ItemPressed(QTableWidgetItem *item)
 {
-    if (!item || !UserField(item->row(), item->column()))
+    if (!item || !UserField(item->row(), item->column()).field)
         return;
     // Held while the cell is read, then a full period from now.
     timer.stop();
@@ -169,12 +179,15 @@ void SourcesDialog::ItemPressed(QTableWidgetItem *item)
 
 void SourcesDialog::StoreUserPoint(QTableWidgetItem *item)
 {
-    double *field = item ? UserField(item->row(), item->column()) : nullptr;
-    if (!field)
+    const UserCell cell = item ? UserField(item->row(), item->column()) : UserCell{};
+    if (!cell.field)
         return;
-    // Text that is no number, or no finite one, stores 0.
-    const double value = ReadDouble(item->text().toStdString());
-    *field = std::isfinite(value) ? value : 0.0;
+    // A number outside the sky, or no number, changes nothing: the cell
+    // shows the value in force again.
+    if (!ReadNumberWithin(item->text().toStdString(), cell.low, cell.high, *cell.field)) {
+        const QSignalBlocker quiet(item->tableWidget());
+        item->setText(Format("%7.2f", *cell.field));
+    }
 }
 
 } // namespace lunaquill

@@ -50,6 +50,25 @@ double ReadDouble(const std::string &text)
     return negative ? -value : value;
 }
 
+bool ReadNumberWithin(const std::string &text, double low, double high, double &value)
+{
+    const char *p = text.c_str();
+    const char *end = p + text.size();
+    while (p < end && isspace((unsigned char)*p))
+        ++p;
+    while (end > p && isspace((unsigned char)end[-1]))
+        --end;
+    if (p < end && *p == '+' && p + 1 < end && p[1] != '-') // from_chars takes '-' only
+        ++p;
+    double number = 0;
+    const auto [stop, error] = std::from_chars(p, end, number, std::chars_format::general);
+    // Comparisons with NaN fail, and "inf" lies beyond any bound.
+    if (error != std::errc() || stop != end || !(number >= low && number <= high))
+        return false;
+    value = number;
+    return true;
+}
+
 PositionTexts PositionTextsFromValue(double value)
 {
     if (!std::isfinite(value))

@@ -44,6 +44,18 @@ double ReadDouble(const std::string &text);
 // does not begin with a number or the number is not finite.
 double FrequencyFromText(const std::string &text);
 
+// The operating frequencies the program computes with, in MHz, and the one
+// it starts with.
+constexpr double MinimumFrequency = 1.0;
+constexpr double MaximumFrequency = 300000.0;
+constexpr double DefaultFrequency = 1296.0;
+
+// A number typed as a whole: white space around it, an optional sign, digits
+// with an optional '.' and exponent, in the C locale, from low to high. False
+// for any other text ("", "abc", "1,296.0", "12 MHz", "nan", "1e308" beyond
+// high); value is then left unchanged.
+bool ReadNumberWithin(const std::string &text, double low, double high, double &value);
+
 // printf "%W.Pf" with '.' whatever the process locale (Qt sets the locale
 // from the environment, and the texts must read back the same way).
 std::string FormatFixed(double value, int width, int precision);

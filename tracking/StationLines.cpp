@@ -21,15 +21,57 @@ int NextChar(FILE *file)
     return c;
 }
 
-// Copies one field of at most N characters, up to a comma (consumed), the
-// end of the line text or, when newlineEnds, a newline. Returns where
-// reading goes on.
+// The number of bytes of the well-formed UTF-8 character at s, which has
+// `left` bytes: 1 to 4, or 0 when the bytes there are none; `cut` then tells
+// whether they begin one that ends beyond the text.
+int Utf8Character(const unsigned char *s, size_t left, bool &cut)
+{
+    cut = false;
+    const unsigned char lead = s[0];
+    if (lead < 0x80)
+        return 1;
+    // The second byte's range excludes overlong forms, surrogates and code
+    // points beyond U+10FFFF.
+    int length;
+    unsigned char low = 0x80, high = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF)
+        length = 2;
+    else if (lead >= 0xE0 && lead <= 0xEF)
+        length = 3, low = lead == 0xE0 ? 0xA0 : 0x80, high = lead == 0xED ? 0x9F : 0xBF;
+    else if (lead >= 0xF0 && lead <= 0xF4)
+        length = 4, low = lead == 0xF0 ? 0x90 : 0x80, high = lead == 0xF4 ? 0x8F : 0xBF;
+    else
+        return 0;
+    for (int i = 1; i < length; ++i) {
+        if ((size_t)i == left) {
+            cut = true;
+            return 0;
+        }
+        if (s[i] < (i == 1 ? low : 0x80) || s[i] > (i == 1 ? high : 0xBF))
+            return 0;
+    }
+    return length;
+}
+
+// Copies one field of at most N bytes, up to a comma (consumed), the end of
+// the line text or, when newlineEnds, a newline. In UTF-8 text the field
+// gives back the bytes of a last character it does not hold whole. Returns
+// where reading goes on.
 template <size_t N>
-const char *ReadField(char (&field)[N], const char *p, bool newlineEnds)
+const char *ReadField(char (&field)[N], const char *p, bool newlineEnds, bool utf8)
 {
     size_t n = 0;
     while (n < N && *p != '\0' && *p != ',' && !(newlineEnds && *p == '\n'))
         field[n++] = *p++;
+    if (utf8) {
+        // The field starts at a character and the line is UTF-8, so what is
+        // not whole can only be a last character cut by the width or by the
+        // line's end.
+        const size_t whole = Utf8Length(field, n);
+        memset(field + whole, 0, n - whole);
+        p -= n - whole;
+        n = whole;
+    }
     if (n < N && *p == ',')
         ++p;
     return p;
@@ -44,6 +86,22 @@ const char *SkipField(const char *p)
 }
 
 } // namespace
+
+size_t Utf8Length(const char *text, size_t length, bool *cutAtEnd)
+{
+    const auto *bytes = reinterpret_cast<const unsigned char *>(text);
+    size_t at = 0;
+    bool cut = false;
+    while (at < length) {
+        const int character = Utf8Character(bytes + at, length - at, cut);
+        if (character == 0)
+            break;
+        at += character;
+    }
+    if (cutAtEnd)
+        *cutAtEnd = cut;
+    return at;
+}
 
 bool ReadStationLine(FILE *file, char (&line)[StationLineSize], ListFormat format)
 {
@@ -74,15 +132,18 @@ LineKind ParseStationLine(const char *line, ListFormat format, StationText &stat
     const bool dx = format == ListFormat::DxStations;
     if (line[0] == '/' || line[0] == '\0' || (dx && line[0] == '\n'))
         return LineKind::Skipped;
-    const char *p = ReadField(station.call, line, dx);
+    const size_t length = strlen(line);
+    bool cutAtEnd = false;
+    const bool utf8 = Utf8Length(line, length, &cutAtEnd) == length || cutAtEnd;
+    const char *p = ReadField(station.call, line, dx, utf8);
     // Six Zs and the terminator: "ZZZZZZZ", or in a band list "ZZZZZZ" with
     // the line's newline, is a station.
     if (memcmp(station.call, "ZZZZZZ", 7) == 0)
         return LineKind::EndOfList;
-    p = ReadField(station.grid, p, dx);
+    p = ReadField(station.grid, p, dx, utf8);
     for (int skipped = 0; skipped < 4; ++skipped)
         p = SkipField(p);
-    ReadField(station.location, p, true);
+    ReadField(station.location, p, true, utf8);
     return LineKind::Station;
 }
 

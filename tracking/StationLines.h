@@ -6,6 +6,7 @@
 // Plain C++, no Qt: every byte sequence is read within the buffers below.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -42,9 +43,22 @@ struct StationText {
 
 enum class LineKind { Skipped, EndOfList, Station };
 
+// How many bytes from the start of text (of `length` bytes) form whole,
+// well-formed UTF-8 characters, up to the first byte that breaks UTF-8.
+// `cutAtEnd`, when given, tells whether that byte begins a character that
+// the end of the text cuts off.
+size_t Utf8Length(const char *text, size_t length, bool *cutAtEnd = nullptr);
+
+// Whether all of text is well-formed UTF-8 (no overlong forms, no surrogates).
+inline bool IsUtf8(const char *text, size_t length) { return Utf8Length(text, length) == length; }
+
 // Splits one line (NUL-terminated) into `station`, which it clears first.
 // A field stops at a comma, which is consumed, or at its full width, which
-// leaves the rest, comma included, to the next field.
+// leaves the rest, comma included, to the next field. In a line of UTF-8
+// text (its end may be a character cut by the line's limit) a field never
+// ends in part of a character: one that would not fit whole goes to the
+// next field, and a cut one at the line's end is dropped. Any other line is
+// taken byte by byte (Latin-1).
 LineKind ParseStationLine(const char *line, ListFormat format, StationText &station);
 
 // Reads the stations of an open list, at most `capacity`, handing each to

@@ -3,7 +3,11 @@
 #include "AppTestSupport.h"
 #include "ui_MainWindow.h"
 #include "app/FavoritesDialog.h"
+#include "app/Settings.h"
 #include "ui_FavoritesDialog.h"
+
+#include <QLabel>
+#include <QTemporaryDir>
 
 using namespace lunaquill;
 using namespace lunaquill::test;
@@ -18,10 +22,11 @@ protected:
         WindowTest::SetUp();
         homeData.frequency = 144.1;
         // FN42 and OE47 lie almost antipodal, so the Moon is up at exactly one
-        // of them; MOON is no locator; nothing after ZZZZZZ is read.
+        // of them; ZZ99zz is no locator (fields end at R); nothing after
+        // ZZZZZZ is read.
         WriteIni("/ test list\nQ1ABC,FN42,a,b,c,d,Boston\nQ2XYZ,OE47,a,b,c,d,Indian Ocean\n"
-                 "Q3BAD,MOON,a,b,c,d,Nowhere\nZZZZZZ,,,,,,\nQ4NOT,JO62,a,b,c,d,after the end\n",
-                 SettingsFolder() + "Eme144M.txt");
+                 "Q3BAD,ZZ99zz,a,b,c,d,Nowhere\nZZZZZZ,,,,,,\nQ4NOT,JO62,a,b,c,d,after the end\n",
+                 test::SettingsFolder() + "Eme144M.txt");
     }
 };
 
@@ -72,36 +77,127 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         EXPECT_EQ(table->item(2, column)->text(), "") << "a grid that fails leaves its row blank";
 }
 
-TEST_F(FavoritesDialogTest, AClickSetsTheDxStationAndOkChecksItsGrid)
+// A row chosen by a click or by the keyboard is the DX station, and the
+// window shows it at once whatever the dialog's result: call, grid, position
+// and the Moon's figures there. A row whose grid is no locator is copied but
+// sets no DX station.
+TEST_F(FavoritesDialogTest, AChosenRowIsTheDxStationShownWhateverTheResult)
 {
-    const struct { int row; const char *call, *grid; double latitude, longitude; int set; }
-        rows[] = {
-        {0, "Q1ABC", "FN42", 42.5208333, -70.9583333, 1},
-        {2, "Q3BAD", "MOON", 0.0, 0.0, 0}, // blank row: still copied, but no DX station
+    Open(nullptr, false);
+    CopyField(dxStation.location, "kept");
+    const struct {
+        int row;
+        bool keyboard;
+        QDialogButtonBox::StandardButton button;
+        const char *call, *grid;
+        double latitude, longitude;
+        int set;
+    } rows[] = {
+        {0, false, QDialogButtonBox::Ok, "Q1ABC", "FN42", 42.5208333, -70.9583333, 1},
+        {1, true, QDialogButtonBox::Cancel, "Q2XYZ", "OE47", -42.4791667, 109.0416667, 1},
+        {2, false, QDialogButtonBox::Cancel, "Q3BAD", "ZZ99zz", 0.0, 0.0, 0},
     };
     for (const auto &r : rows) {
-        dxStation = {};
-        dxStationSet = 0;
-        CopyField(dxStation.location, "kept");
-        Open(nullptr, false);
         WhenOpen<FavoritesDialog>([&r](FavoritesDialog &d) {
             QTableWidget *table = d.widgets()->tableWidget;
-            QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
-                              table->visualItemRect(table->item(r.row, 1)).center());
-        }, QDialogButtonBox::Ok);
+            if (r.keyboard) { // Down from the row above
+                table->setFocus();
+                table->setCurrentCell(r.row - 1, 1);
+                QTest::keyClick(table, Qt::Key_Down);
+            } else {
+                QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                                  table->visualItemRect(table->item(r.row, 1)).center());
+            }
+        }, r.button);
         ui->actionEme144M->trigger();
         EXPECT_EQ(QString(dxStation.callsign) + dxStation.grid + dxStation.location,
                   QString(r.call) + r.grid + "kept");
         EXPECT_NEAR(dxStation.latitude, r.latitude, 1e-6);
         EXPECT_NEAR(dxStation.longitude, r.longitude, 1e-6);
         EXPECT_EQ(dxStationSet, r.set) << r.grid;
+        if (r.set) {
+            const SourceTrack &moon = dxTracks[Moon];
+            EXPECT_EQ(Texts({ui->DxCallsign, ui->DxGrid, ui->DxLatitude, ui->DxLongitude,
+                             ui->DxAzimuth, ui->DxElevation}),
+                      std::string(r.call) + "|" + r.grid + "|" + Format("%0.2f|", r.latitude)
+                          + Format("%0.2f|", r.longitude) + Format("%7.2f|", moon.azimuth)
+                          + Format("%7.2f", moon.elevation));
+        } else {
+            EXPECT_EQ(Text(ui->DxDoppler), " "); // nothing computed for it
+        }
     }
+}
+
+// A list that is not there: a bare dialog that says which file it looked
+// for, where, and where the examples are.
+TEST_F(FavoritesDialogTest, AMissingListSaysWhatWasLookedForAndWhere)
+{
+    Open(nullptr, false);
+    QString title, line;
+    QSize size;
+    int tables = -1, timers = -1;
+    WhenOpen<QDialog>([&](QDialog &d) {
+        title = d.windowTitle();
+        const QList<QLabel *> labels = d.findChildren<QLabel *>();
+        line = labels.size() == 1 ? labels[0]->text() : QString::number(labels.size());
+        size = d.size();
+        tables = d.findChildren<QTableWidget *>().size();
+        timers = (int)static_cast<FavoritesDialog &>(d).refreshTimer().isActive();
+        d.reject();
+    });
+    ui->actionEme47G->trigger();
+    EXPECT_EQ(title, "Favorites List");
+    // The tests run in the source tree, whose examples/ holds the lists.
+    EXPECT_EQ(line, "Lunaquill found no list Eme47G.txt in the folder " + lunaquill::SettingsFolder()
+                        + "; example lists come with the program (in " + QDir::currentPath()
+                        + "/examples/).");
+    EXPECT_FALSE(line.contains('\n'));
+    EXPECT_EQ(tables + timers, 0);
+    EXPECT_NE(size, QSize(640, 480));
+
+    // Installed: the documentation folder beside the program's; else no folder named.
+    QTemporaryDir root;
+    ASSERT_TRUE(QDir().mkpath(root.path() + "/bin") &&
+                QDir().mkpath(root.path() + "/share/doc/lunaquill/examples"));
+    WriteIni("Q1ABC,FN42\n", root.path() + "/share/doc/lunaquill/examples/Favorites.txt");
+    EXPECT_EQ(ExampleListsFolder(root.path() + "/bin", root.path() + "/bin"),
+              root.path() + "/share/doc/lunaquill/examples/");
+    EXPECT_EQ(ExampleListsFolder(root.path(), root.path()), "");
+}
+
+// The same list written in UTF-8 and in Latin-1 shows the same characters;
+// in UTF-8 a location whose 64-byte limit falls inside a character ends
+// before it. The DX station taken from a row shows its call as written.
+TEST_F(FavoritesDialogTest, ListsInUtf8OrLatin1ShowTheirOwnCharacters)
+{
+    const QString euro = QString::fromUtf8("\u20ac"); // three bytes in UTF-8
+    const QString location = QString(62, 'L') + euro + "uro"; // 62 + 3 bytes
+    WriteIni(QString("Q1\u00c4BC,JO62qm,a,b,c,d,Z\u00fcrich\nQ2ABC,FN42,a,b,c,d," + location + "\n")
+                 .toUtf8(),
+             test::SettingsFolder() + "Eme432M.txt");
+    WriteIni(QString("Q1\u00c4BC,JO62qm,a,b,c,d,Z\u00fcrich\n").toLatin1(),
+             test::SettingsFolder() + "Eme50M.txt");
+    for (const char *file : {"Eme432M.txt", "Eme50M.txt"}) {
+        FavoritesDialog dialog(file, true);
+        QTableWidget *table = dialog.widgets()->tableWidget;
+        EXPECT_EQ(table->item(0, 0)->text() + "|" + table->item(0, 1)->text(),
+                  QString::fromUtf8("Z\u00fcrich|Q1\u00c4BC")) << file;
+        if (table->rowCount() > 1) {
+            EXPECT_EQ(table->item(1, 0)->text(), QString(62, 'L'));
+        }
+    }
+    Open(nullptr, false);
+    WhenOpen<FavoritesDialog>(
+        [](FavoritesDialog &d) { d.FavoriteSelected(d.widgets()->tableWidget->item(0, 0)); },
+        QDialogButtonBox::Ok);
+    ui->actionEme432M->trigger();
+    EXPECT_EQ(ui->DxCallsign->text(), QString::fromUtf8("Q1\u00c4BC"));
 }
 
 // The table and its timer as the list and the clock allow: 100 ms only ahead of now.
 TEST_F(FavoritesDialogTest, TableAndRefreshAsTheListAndTheClockAllow)
 {
-    WriteIni("ZZZZZZ,,,,,,\nQ1ABC,FN42,a,b,c,d,x\n", SettingsFolder() + "Eme50M.txt");
+    WriteIni("ZZZZZZ,,,,,,\nQ1ABC,FN42,a,b,c,d,x\n", test::SettingsFolder() + "Eme50M.txt");
     const struct { const char *file; bool show; int offset, count, rows, interval; } cases[] = {
         {"Eme144M.txt", true, -1, 3, 3, 5000}, {"Eme144M.txt", true, 0, 3, 3, 5000},
         {"Eme144M.txt", true, 1, 3, 3, 100},   {"Eme50M.txt", true, 1, 0, 0, 100},
@@ -132,7 +228,7 @@ TEST_F(FavoritesDialogTest, TableAndRefreshAsTheListAndTheClockAllow)
 TEST_F(FavoritesDialogTest, FavouritesAreMarkedOnTheMap)
 {
     WriteIni("Q1ABC,FN42,a,b,c,d,Boston\nQ3BAD,MOON,a,b,c,d,x\n",
-             SettingsFolder() + "Favorites.txt");
+             test::SettingsFolder() + "Favorites.txt");
     Open(nullptr);
     ASSERT_EQ(ui->WorldMap->size(), QSize(1600, 800));
     overlaySettings = {};

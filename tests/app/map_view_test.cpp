@@ -58,10 +58,12 @@ TEST_F(MapViewTest, LeftClickSetsTheDxStationRightClickOnlyRefreshes)
     EXPECT_EQ(Texts({ui->DxGrid, ui->DxLatitude, ui->DxLongitude}), "FN65ga|45.00|-67.50");
     EXPECT_TRUE(window->redrawIsRequested());
     // A right click changes no DX value but refreshes the panels; below the
-    // map, or in the chart view, a click does nothing at all.
+    // map, on its top row, or in the chart view, a click does nothing at all.
     const struct { QPoint at; Qt::MouseButton button; bool charts; const char *shown; } rows[] = {
         {MapPixel(1200, 600), Qt::RightButton, false, "1296.00 Mhz"},
         {MapPixel(500, 805), Qt::LeftButton, false, "x"},
+        // The top row lies at latitude 90, in field S beyond the globe: no locator.
+        {MapPixel(500, 0), Qt::LeftButton, false, "x"},
         {MapPixel(100, 100), Qt::LeftButton, true, "x"},
     };
     for (const auto &row : rows) {

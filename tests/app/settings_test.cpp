@@ -131,9 +131,18 @@ TEST(Settings, HomeFilesLoadBoundedValuesAndRoundTrip)
         {"[HOME_DATA]\nCallsign=ABCDEFGHIJKLMNOPQRSTUVWXYZ\nGrid=JO62QM12345678\nLatitude=52.5\n"
          "Longitude=13.4\nFrequency=144.1\nTrackingSource=1\nLocation=" + QByteArray(300, 'x'),
          "ABCDEFGHIJK|JO62QM1|" + std::string(63, 'x') + "|52.5|13.4|144.1|1"},
+        // ... but a frequency outside 1..300000 MHz, or none, reads as 1296.
         {"[HOME_DATA]\nLatitude=abc\nLongitude=12,5\nFrequency=\nTrackingSource=moon\n",
-         "|JJ00aa|Ocean|0|0|0|0"},
-        {"[HOME_DATA]\nLatitude=nan\nLongitude=-inf\nFrequency=1e999\n", "|JJ00aa|Ocean|0|0|0|0"},
+         "|JJ00aa|Ocean|0|0|1296|0"},
+        {"[HOME_DATA]\nLatitude=nan\nLongitude=-inf\nFrequency=1e999\n",
+         "|JJ00aa|Ocean|0|0|1296|0"},
+        {"[HOME_DATA]\nFrequency=1,296.0\n", kDefaultHome},
+        {"[HOME_DATA]\nFrequency=abc\n", kDefaultHome},
+        {"[HOME_DATA]\nFrequency=0\n", kDefaultHome},
+        {"[HOME_DATA]\nFrequency=-144\n", kDefaultHome},
+        {"[HOME_DATA]\nFrequency=300000.001\n", kDefaultHome},
+        {"[HOME_DATA]\nFrequency=1\n", "|JJ00aa|Ocean|0|0|1|0"},
+        {"[HOME_DATA]\nFrequency=300000\n", "|JJ00aa|Ocean|0|0|3e+05|0"},
         // Typed values the ini reader knows, where text is wanted.
         {"[HOME_DATA]\nCallsign=@Rect(1 2 3 4)\nGrid=@ByteArray(FN42ab\\0zz)\n"
          "Location=@Invalid()\nLatitude=@Size(3 4)\nTrackingSource=@Point(1 2)\n",

@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTableWidget>
 #include <QTest>
@@ -25,6 +26,8 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <tuple>
+#include <utility>
 
 namespace lunaquill {
 namespace {
@@ -114,7 +117,7 @@ TEST(StationDialog, FieldsChoicesLocatorsAndLongTextsStoreAtOnce)
         // A grid typed in the home dialog waits for Grid Convert; in the DX dialog it moves the
         // station at once. A non-locator then leaves the station where it was. Subsquare a, a
         // of FN42: 42 + 0.5*2.5/60 = 42 1' 15" N, 108 + 0.5*5/60 - 180 = -71 57' 30" (W).
-        for (const char *grid : {"fn42aa", "F142"}) {
+        for (const char *grid : {"fn42aa", "F142", "ZZ99zz", "FN42ay"}) { // the last two lie off the globe
             Enter(*dialog, "GridEdit", grid);
             if (home) { // where it was until Grid Convert
                 EXPECT_EQ(latitude, *grid == 'f' ? -(1234567890 + m) : 42.0 + 0.5 * 2.5 / 60);
@@ -181,6 +184,21 @@ TEST(StationDialog, DxListShowsBandedRowsAndAClickPicksTheStation)
     EXPECT_EQ(click(3, 0), " "); // a heading row is a record too
 }
 
+// A list in UTF-8 and a line in Latin-1 show the same characters.
+TEST(StationDialog, DxListInUtf8OrLatin1ShowsItsOwnCharacters)
+{
+    test::ResetSharedState();
+    QFile file(test::SettingsFolder() + "DxStations.txt");
+    file.open(QIODevice::WriteOnly);
+    file.write("Q1\xc3\x84\x42\x43,JO62,a,b,c,d,Z\xc3\xbcrich\nQ2ABC,JO62,a,b,c,d,Z\xfcrich\n");
+    file.close();
+    DxStationDialog dialog;
+    QTableWidget *table = Child<QTableWidget>(dialog, "DxStationTable");
+    ASSERT_EQ(table->rowCount(), 2);
+    EXPECT_EQ(table->item(0, 0)->text() + table->item(0, 1)->text() + table->item(1, 0)->text(),
+              QString::fromUtf8("Z\u00fcrichQ1\u00c4BCZ\u00fcrich"));
+}
+
 constexpr time_t kInstant = 1741586400; // 2025-03-10 06:00:00 UTC, 01:00 in Boston
 
 QString Date(double jd)
@@ -222,41 +240,73 @@ TEST(SourcesDialog, ShowsTheDisplayedInstantTakesClicksAndTypedUserPoints)
     dialog->SourceChanged(nullptr); // a click beside the rows tracks nothing
     EXPECT_EQ(homeData.trackingSource, -1);
 
-    // A press on a user cell reads it like atof and restarts the 10 s refresh (a coarse timer:
-    // within 5 %); a press on another cell, of a user row or not, leaves the timer alone. The
-    // DX records are never written.
+    // A press on a user cell reads it, and restarts the 10 s refresh (a coarse timer: within
+    // 5 %); a press on another cell, of a user row or not, leaves the timer alone. Only a
+    // whole number within the sky is taken (azimuth 0..360, elevation and declination
+    // -90..90, right ascension 0..24 h); other text leaves the record as it was and the cell
+    // showing it again. The DX records are never written.
     dxTracks[UserAzEl].azimuth = 99;
-    const struct { int row, column; const char *typed; double *field, stored; } rows[] = {
-        {UserAzEl, 1, "123.5", &homeTracks[UserAzEl].azimuth, 123.5},
-        {UserAzEl, 2, "abc", &homeTracks[UserAzEl].elevation, 0.0},
-        {UserRaDec, 3, " 5.5h", &homeTracks[UserRaDec].rightAscension, 5.5},
-        {UserRaDec, 4, "-12", &homeTracks[UserRaDec].declination, -12.0},
-        {UserRaDec, 1, "7", &homeTracks[UserRaDec].azimuth, homeTracks[UserRaDec].azimuth},
-        {Moon, 2, "7", &homeTracks[Moon].elevation, homeTracks[Moon].elevation},
+    double &azimuth = homeTracks[UserAzEl].azimuth, &elevation = homeTracks[UserAzEl].elevation;
+    double &ra = homeTracks[UserRaDec].rightAscension, &dec = homeTracks[UserRaDec].declination;
+    const struct { int row, column; const char *typed; double *field, stored; bool taken; } rows[] = {
+        {UserAzEl, 1, "123.5", &azimuth, 123.5, true}, {UserAzEl, 1, "360", &azimuth, 360, true},
+        {UserAzEl, 1, "360.01", &azimuth, 360, false}, {UserAzEl, 1, "-1", &azimuth, 360, false},
+        {UserAzEl, 2, "-90", &elevation, -90, true},   {UserAzEl, 2, "abc", &elevation, -90, false},
+        {UserAzEl, 2, "90.5", &elevation, -90, false}, {UserAzEl, 2, "", &elevation, -90, false},
+        {UserRaDec, 3, " 5.5 ", &ra, 5.5, true},       {UserRaDec, 3, "1e308", &ra, 5.5, false},
+        {UserRaDec, 3, "24.001", &ra, 5.5, false},     {UserRaDec, 3, "6h", &ra, 5.5, false},
+        {UserRaDec, 3, "24", &ra, 24, true},           {UserRaDec, 3, "nan", &ra, 24, false},
+        {UserRaDec, 4, "-12", &dec, -12, true},        {UserRaDec, 4, "-90.5", &dec, -12, false},
+        {UserRaDec, 4, "inf", &dec, -12, false},
     };
     for (const auto &r : rows) {
+        QTableWidgetItem *item = table->item(r.row, r.column);
         table->blockSignals(true); // the text only, as if typed before
-        table->item(r.row, r.column)->setText(r.typed);
+        item->setText(r.typed);
         table->blockSignals(false);
         dialog->refreshTimer().start(60000);
-        const QRect cell = table->visualItemRect(table->item(r.row, r.column));
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell.center());
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                          table->visualItemRect(item).center());
         EXPECT_EQ(*r.field, r.stored) << r.typed;
+        EXPECT_EQ(item->text(), r.taken ? QString(r.typed) : QString::asprintf("%7.2f", r.stored))
+            << r.typed;
         const int remaining = dialog->refreshTimer().remainingTime();
-        EXPECT_EQ(remaining > 9500 && remaining <= 10500, r.typed != QString("7")) << remaining;
+        EXPECT_TRUE(remaining > 9500 && remaining <= 10500) << remaining;
+    }
+    for (const auto &[row, column] : {std::pair{(int)UserRaDec, 1}, {(int)Moon, 2}}) {
+        QTableWidgetItem *item = table->item(row, column);
+        const QString shown = item->text();
+        dialog->refreshTimer().start(60000);
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualItemRect(item).center());
+        EXPECT_EQ(item->text(), shown);
+        EXPECT_GT(dialog->refreshTimer().remainingTime(), 50000) << row;
     }
     EXPECT_EQ(dxTracks[UserAzEl].azimuth, 99);
 
-    // Typed through the cell's editor, the value is kept when the edit ends.
-    table->editItem(table->item(UserAzEl, 1));
-    auto *editor = table->viewport()->findChild<QLineEdit *>();
-    ASSERT_NE(editor, nullptr);
-    editor->setText("77");
-    dialog->TimerEvent(); // a refresh while typing leaves the cell alone
-    QTest::keyClick(editor, Qt::Key_Return);
-    QApplication::processEvents(); // the edit ends through a queued call
-    dialog->TimerEvent();
-    EXPECT_EQ(table->item(UserAzEl, 1)->text(), "  77.00");
+    // Typed through the cell's editor, the value is kept when the edit ends; a refresh meanwhile
+    // leaves the cell alone. A value beyond the sky is refused at once: no "inf" or "nan" in
+    // the row.
+    for (const auto &[column, typed, shown] : {std::tuple{1, "77", "  77.00"}, {2, "1e308", " -90.00"}}) {
+        table->editItem(table->item(UserAzEl, column));
+        auto *editor = table->viewport()->findChild<QLineEdit *>();
+        ASSERT_NE(editor, nullptr);
+        editor->setText(typed);
+        dialog->TimerEvent();
+        QTest::keyClick(editor, Qt::Key_Return);
+        QApplication::processEvents(); // the edit ends through a queued call
+        dialog->TimerEvent();
+        EXPECT_EQ(table->item(UserAzEl, column)->text(), shown);
+    }
+    for (int column = 0; column < 9; ++column)
+        EXPECT_FALSE(table->item(UserAzEl, column)->text().contains(QRegularExpression("nan|inf")));
+
+    // A row chosen with the keyboard is tracked as a click would track it.
+    table->setFocus();
+    table->setCurrentCell(Moon, 0);
+    EXPECT_EQ(homeData.trackingSource, Moon);
+    QTest::keyClick(table, Qt::Key_Down);
+    QTest::keyClick(table, Qt::Key_Down);
+    EXPECT_EQ(homeData.trackingSource, Mercury);
 
     dialog->reject();
     EXPECT_FALSE(dialog->refreshTimer().isActive());

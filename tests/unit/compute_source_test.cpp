@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <string>
 
 using namespace lunaquill;
 
@@ -56,20 +57,31 @@ SourceTrack Track(uint32_t id, time_t t, bool wasUp = false, double lat = kLat, 
 
 TEST(GridToLatLong, WorkedExamplesAndRefusals)
 {
+    // Centres worked by hand: longitude 2*d1 + 20*f1 + (s1 + 0.5) * 5/60 - 180,
+    // latitude 10*f2 - 90 + d2 + (s2 + 0.5) * 2.5/60, a square's middle s = 12.
     const struct { const char *grid; double latitude, longitude; } rows[] = {
         // FN42: 42 + 12.5 * 2.5 / 60 and 2*4 + 20*5 + 12.5 * 5 / 60 - 180.
         {"FN42", 42.520833333333336, -70.958333333333329},
         {"FN42A", 42.520833333333336, -70.958333333333329}, // one letter: middle
+        {"FN42Z", 42.520833333333336, -70.958333333333329}, // ... even one beyond X
         {"fn42aa", 42.0 + 0.5 * 2.5 / 60, -72.0 + 0.5 * 5.0 / 60},
         {"FN42mm", 42.0 + 12.5 * 2.5 / 60, -72.0 + 12.5 * 5.0 / 60},
-        {"FN42MMxy", 42.0 + 12.5 * 2.5 / 60, -72.0 + 12.5 * 5.0 / 60}, // six characters, any case
+        {"Fn42Mm", 42.0 + 12.5 * 2.5 / 60, -72.0 + 12.5 * 5.0 / 60},
+        {"FN42MMxy", 42.0 + 12.5 * 2.5 / 60, -72.0 + 12.5 * 5.0 / 60}, // six characters count
+        {"JO62qm", 52.520833333333336, 13.375},          // 52 + 12.5/24, 192 + 16.5/12 - 180
+        {"QF56od", -33.854166666666664, 151.20833333333334}, // -34 + 3.5/24, 330 + 14.5/12 - 180
+        {"JJ00aa", 0.5 * 2.5 / 60, 0.5 * 5.0 / 60},
+        // The four corners of the globe: fields A and R, subsquares a and x.
         {"AA00aa", -90.0 + 0.5 * 2.5 / 60, -180.0 + 0.5 * 5.0 / 60},
         {"RR99xx", 89.0 + 23.5 * 2.5 / 60, 178.0 + 23.5 * 5.0 / 60},
-        // Any letter counts by its distance from 'A', beyond R too.
-        {"ZZ00", 160.0 + 12.5 * 2.5 / 60, 320.0 + 12.5 * 5.0 / 60},
+        {"AR09AX", 89.0 + 23.5 * 2.5 / 60, -180.0 + 0.5 * 5.0 / 60},
+        {"ra90XA", -90.0 + 0.5 * 2.5 / 60, 178.0 + 23.5 * 5.0 / 60},
         // Not locators: refused, the target left unchanged.
         {"FN4", 12, 34}, {"F142", 12, 34}, {"", 12, 34}, {"1N42", 12, 34}, {"FNA2", 12, 34},
         {"FN4x", 12, 34}, {" FN42", 12, 34}, {"\xff\xfe" "42", 12, 34}, {nullptr, 12, 34},
+        // Letters beyond the field (A-R) or the subsquare (A-X), either case.
+        {"ZZ99zz", 12, 34}, {"ZZ00", 12, 34}, {"SA00", 12, 34}, {"as00", 12, 34},
+        {"FN42ym", 12, 34}, {"FN42mY", 12, 34}, {"FN42zz", 12, 34}, {"\xc4" "A00", 12, 34},
     };
     for (const auto &row : rows) {
         double lat = 12, lon = 34;
@@ -79,13 +91,45 @@ TEST(GridToLatLong, WorkedExamplesAndRefusals)
     }
 }
 
+// Every square of the globe, with a subsquare that moves from square to
+// square, and every subsquare of one square: the centre is that of the
+// subsquare the characters name (a square: its middle subsquare, m m), worked
+// out here from the corner of the square, and it makes the same locator back.
+TEST(GridToLatLong, EveryLocatorComesBackFromItsCentre)
+{
+    const double subLat = 1.0 / 24, subLon = 2.0 / 24; // a subsquare, degrees
+    auto check = [&](const std::string &grid, double cornerLat, double cornerLon, int s1, int s2) {
+        double lat = 0, lon = 0;
+        ASSERT_EQ(GridToLatLong(grid.c_str(), lat, lon), 0) << grid;
+        EXPECT_NEAR(lat, cornerLat + (s2 + 0.5) * subLat, 1e-9) << grid;
+        EXPECT_NEAR(lon, cornerLon + (s1 + 0.5) * subLon, 1e-9) << grid;
+        char back[7];
+        ASSERT_EQ(LatLongToGrid(back, lat, lon), 0);
+        EXPECT_EQ(back, grid.size() == 4 ? grid + "mm" : grid);
+    };
+    for (char f1 = 'A'; f1 <= 'R'; ++f1)
+        for (char f2 = 'A'; f2 <= 'R'; ++f2)
+            for (char d1 = '0'; d1 <= '9'; ++d1)
+                for (char d2 = '0'; d2 <= '9'; ++d2) {
+                    const std::string grid{f1, f2, d1, d2};
+                    const double lat = (f2 - 'A') * 10.0 + (d2 - '0') - 90;
+                    const double lon = (f1 - 'A') * 20.0 + (d1 - '0') * 2 - 180;
+                    check(grid, lat, lon, 12, 12);
+                    const int s1 = (f1 * 7 + d1) % 24, s2 = (f2 * 5 + d2) % 24;
+                    check(grid + char('a' + s1) + char('a' + s2), lat, lon, s1, s2);
+                }
+    for (int s1 = 0; s1 < 24; ++s1)
+        for (int s2 = 0; s2 < 24; ++s2)
+            check(std::string("FN42") + char('a' + s1) + char('a' + s2), 42, -72, s1, s2);
+}
+
 TEST(LatLongToGrid, WorkedExamplesAndRefusals)
 {
     const struct { double latitude, longitude; const char *grid; } rows[] = {
         {42.5, -71.0, "FN42mm"}, {0.0, 0.0, "JJ00aa"},  {-33.9, 151.2, "QF56oc"},
         {51.5, -0.12, "IO91wm"}, {-90.0, -180.0, "AA00aa"},
-        {90.0, 0.0, "JS00aa"},   // latitude 90: second letter 'S'
-        {0.0, 180.0, "SJ00aa"},  // longitude 180: first letter 'S'
+        {90.0, 0.0, "JS00aa"},   // latitude 90: second letter 'S' (no locator back)
+        {0.0, 180.0, "SJ00aa"},  // longitude 180: first letter 'S' (no locator back)
         // Longitudes beyond 180 are refused with an empty text.
         {0, -180.0001, ""}, {0, 180.0001, ""}, {0, 1e300, ""}, {0, -INFINITY, ""}, {0, NAN, ""},
     };

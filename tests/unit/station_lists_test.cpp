@@ -69,6 +69,21 @@ const LineCase lineCases[] = {
     {"CrLf", "/ c\r\nQ1ABC,FN42li,4x 17el,1 kW,144,Q65,Boston\r\n", 1, "Q1ABC|FN42li|Boston"},
     {"CrLfAfter254Characters", line254 + "\r\n" + line254 + "\r\n", 2, "Q1ABC|FN42|Boston"},
     {"NotText", "Q\xe9\xff,FN42,\x01,\x7f,c,d,Z\xfcrich\n", 1, "Q\xe9\xff|FN42|Z\xfcrich"},
+    // UTF-8 is kept byte for byte, but a field never ends in part of a
+    // character: "\xc3\x84" (A umlaut) that would take bytes 12 and 13 of the
+    // call goes to the grid, and the fields shift as for a long call; a
+    // location cut at 64 bytes ends before the euro sign ("\xe2\x82\xac") it
+    // would cut; a line cut at 255 bytes loses the euro sign it cuts (the DX
+    // list reads its last byte as a further line, of Latin-1 text).
+    {"Utf8", "Q1\xc3\x84\x42\x43,JO62,a,b,c,d,Z\xc3\xbcrich\n", 1,
+     "Q1\xc3\x84\x42\x43|JO62|Z\xc3\xbcrich"},
+    {"Utf8CallCutInACharacter", "Q1234567890\xc3\x84,JO62,a,b,c,d,Zurich\n", 1,
+     "Q1234567890|\xc3\x84|d"},
+    {"Utf8LocationCutInACharacter", "Q1,FN42,a,b,c,d," + std::string(62, 'L') + "\xe2\x82\xacuro\n",
+     1, "Q1|FN42|" + std::string(62, 'L')},
+    {"Utf8LineCutInACharacter",
+     "Q1,FN42,a,b,c," + std::string(231, 'd') + ",Bonn \xe2\x82\xac\xe2\x82\xac\n" + boston, 3,
+     "Q1|FN42|Bonn \xe2\x82\xac", 2, "Q1|FN42|Bonn \xe2\x82\xac"},
     {"NulEndsTheLineText", std::string("Q1\0ABC,FN42,a,b,c,d,Boston\n", 27), 1, "Q1||"},
     {"NulFirstIsAnEmptyLine", std::string("\0Q1ABC,FN42\n", 12) + boston, 1, "Q1ABC|FN42|Boston"},
     // A full-width field leaves its comma unread: the next field is empty
