@@ -33,7 +33,6 @@ const TextReader kTextReaders[] = {
     PositionField<0>, // degrees
     PositionField<1>, // minutes
     PositionField<2>, // seconds
-    FrequencyFromText,
 };
 
 // A small number from a text, whatever the text.

@@ -103,7 +103,12 @@ void HomeStationDialog::GridChanged()
 
 void HomeStationDialog::FrequencyChanged()
 {
-    homeData.frequency = FrequencyFromText(ui->FrequencyEdit->text().toStdString());
+    // Only text the user changed, and only a frequency the program can
+    // compute with; anything else shows the frequency in force again.
+    QLineEdit *edit = ui->FrequencyEdit;
+    if (edit->isModified() && !ReadNumberWithin(edit->text().toStdString(), MinimumFrequency,
+                                                MaximumFrequency, homeData.frequency))
+        edit->setText(QString::fromStdString(FormatFixed(homeData.frequency, 7, 2)));
 }
 
 void HomeStationDialog::gridConvertPressed()

@@ -108,12 +108,6 @@ bool ValueFromPositionFields(const std::string &degrees, const std::string &minu
     return true;
 }
 
-double FrequencyFromText(const std::string &text)
-{
-    const double megahertz = ReadDouble(text);
-    return std::isfinite(megahertz) ? megahertz : 0.0;
-}
-
 std::string FormatFixed(double value, int width, int precision)
 {
     // Room for the largest double written out in full.

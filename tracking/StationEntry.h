@@ -39,11 +39,6 @@ bool ValueFromPositionFields(const std::string &degrees, const std::string &minu
 // of a number as there is; 0 when there is none or it is out of range.
 double ReadDouble(const std::string &text);
 
-// A frequency as typed, in MHz: the leading number, read as C's atof reads
-// it in the C locale ("1296 MHz" and "1296,5" give 1296). 0 when the text
-// does not begin with a number or the number is not finite.
-double FrequencyFromText(const std::string &text);
-
 // The operating frequencies the program computes with, in MHz, and the one
 // it starts with.
 constexpr double MinimumFrequency = 1.0;

@@ -94,12 +94,17 @@ TEST(StationDialog, FieldsChoicesLocatorsAndLongTextsStoreAtOnce)
         longitude = -400.5;
         auto dialog = open();
         EXPECT_EQ(Position(*dialog), "0 30 0.00000 S 40 21630 0.00000 W");
-        if (home) { // the frequency read as atof reads it; QTest types ASCII only
+        if (home) { // a frequency of 1 to 300000 MHz or nothing; QTest types ASCII only
             Child(*dialog, "LocationEdit")->setText(QString::fromUtf8("Zürich"));
             QTest::keyClick(Child(*dialog, "LocationEdit"), Qt::Key_Return);
-            Enter(*dialog, "FrequencyEdit", "1296,5 MHz");
             EXPECT_EQ(Text(homeData.location), "Z\xfcrich"); // Latin-1
-            EXPECT_EQ(homeData.frequency, 1296.0);
+            for (const char *typed : {"1296,5 MHz", "abc", "0", "1e308"}) {
+                Enter(*dialog, "FrequencyEdit", typed);
+                EXPECT_EQ(homeData.frequency, 144.0) << typed;
+                EXPECT_EQ(Child(*dialog, "FrequencyEdit")->text(), " 144.00") << typed;
+            }
+            Enter(*dialog, "FrequencyEdit", " 1296.065");
+            EXPECT_EQ(homeData.frequency, 1296.065);
         }
         latitude = 42.0;
         longitude = 0.0;
