@@ -380,10 +380,11 @@ QString DaemonLink::status() const
     }
     if (linkState == Connecting)
         return "Connecting to " + Where();
-    const QString what = outstanding.isEmpty()
-                             ? QString("no reply for %1 s").arg(lastGood.elapsed() / 1000)
-                             : QString("waiting for the reply to \"%1\"")
-                                   .arg(QString::fromLatin1(outstanding));
+    const QString what =
+        !outstanding.isEmpty()
+            ? QString("waiting for the reply to \"%1\"").arg(QString::fromLatin1(outstanding))
+        : lastGood.isValid() ? QString("no reply for %1 s").arg(lastGood.elapsed() / 1000)
+                             : QString("waiting for a first reply");
     return QString("Connected to %1; %2").arg(Where(), what);
 }
 

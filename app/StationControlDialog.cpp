@@ -3,6 +3,8 @@
 #include "StationControl.h"
 #include "ui_StationControlDialog.h"
 
+#include <algorithm>
+
 namespace lunaquill {
 
 StationControlDialog::StationControlDialog(StationControl &control, QWidget *parent)
@@ -33,6 +35,8 @@ StationControlDialog::StationControlDialog(StationControl &control, QWidget *par
             &StationControlDialog::ShowModeHelp);
     connect(&control, &StationControl::StatusChanged, this, &StationControlDialog::ShowStatus);
     ShowStatus();
+    // Tall enough for every wrapped line at the form's width.
+    resize(width(), std::max(height(), layout()->heightForWidth(width())));
 }
 
 StationControlDialog::~StationControlDialog()
