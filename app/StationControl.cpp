@@ -274,8 +274,9 @@ int DataLines(const QByteArray &command)
     return 0;
 }
 
-// dump_state runs to a dozen lines; far more is not a daemon.
+// dump_state runs to a dozen short lines; far more is not a daemon.
 constexpr qsizetype kMaxReplyLines = 64;
+constexpr qsizetype kMaxLineBytes = 256;
 
 bool Printable(const QByteArray &line)
 {
@@ -357,7 +358,7 @@ DaemonLink::Health DaemonLink::health() const
     if (!refusals.isEmpty())
         return Refused;
     // Green needs an answer lately: an idle link is probed every probeMs.
-    if (!lastGood.isValid() || lastGood.elapsed() > probeMs + replyMs ||
+    if (!lastAnswer.isValid() || lastAnswer.elapsed() > probeMs + replyMs ||
         (!outstanding.isEmpty() && waiting.elapsed() > kSlowReplyMs))
         return Waiting;
     return Good;
@@ -383,7 +384,7 @@ QString DaemonLink::status() const
     const QString what =
         !outstanding.isEmpty()
             ? QString("waiting for the reply to \"%1\"").arg(QString::fromLatin1(outstanding))
-        : lastGood.isValid() ? QString("no reply for %1 s").arg(lastGood.elapsed() / 1000)
+        : lastAnswer.isValid() ? QString("no reply for %1 s").arg(lastAnswer.elapsed() / 1000)
                              : QString("waiting for a first reply");
     return QString("Connected to %1; %2").arg(Where(), what);
 }
@@ -399,7 +400,7 @@ void DaemonLink::Reset(State state)
     replyLines.clear();
     received.clear();
     refusals.clear();
-    lastGood.invalidate();
+    lastAnswer.invalidate();
     socket.abort();
     linkState = state;
 }
@@ -488,7 +489,8 @@ void DaemonLink::ReadReplies()
         const std::optional<int> code = ParseReport(line);
         const int expected = DataLines(outstanding);
         if (outstanding.isEmpty() ||
-            (!code && (expected == 0 || !Printable(line) || replyLines.size() >= kMaxReplyLines))) {
+            (!code && (expected == 0 || line.size() > kMaxLineBytes || !Printable(line) ||
+                       replyLines.size() >= kMaxReplyLines))) {
             Fail(QString("unexpected reply \"%1\"").arg(Excerpt(line)));
             return;
         }
@@ -512,7 +514,7 @@ void DaemonLink::Complete(int code)
     const QList<QByteArray> lines = replyLines;
     outstanding.clear();
     replyLines.clear();
-    lastGood.start();
+    lastAnswer.start();
     const QString reply = code == 0 && !lines.isEmpty()
                               ? QString::fromLatin1(lines.join(" | "))
                               : QString("RPRT %1").arg(code);
@@ -622,7 +624,8 @@ void StationControl::Tick()
     }
     ShowIndicator(); // a reply grows old, a wait grows long
     const int32_t source = homeData.trackingSource;
-    if (!homeSaved || source < 0 || source >= (int32_t)SourceCount)
+    if (!homeSaved || source < 0 || source >= (int32_t)SourceCount ||
+        (rotatorLink.state() != DaemonLink::Connected && rigLink.state() != DaemonLink::Connected))
         return;
     const int64_t nowMs = now();
     const time_t nowUtc = utcNow();

@@ -200,7 +200,7 @@ private:
     QString failure;                       // why the link is down
     QString lastExchange;                  // the last command and its reply
     QMap<QByteArray, QString> refusals;    // verb: the refused command and reply
-    QElapsedTimer lastGood;                // since the last good reply
+    QElapsedTimer lastAnswer;              // since the last reply
     QElapsedTimer waiting;                 // since the outstanding command went
     std::deque<QByteArray> queue;
     QByteArray outstanding;

@@ -573,12 +573,14 @@ TEST_F(StationControlLive, CommandsArriveHoldBelowTheMinimumAndADeadLinkShowsRed
         EXPECT_EQ(modes->itemText(DopplerFullToDx), "Full Doppler to DX");
         modes->setCurrentIndex(DopplerFullToDx);
         EXPECT_TRUE(dialog.widgets()->ModeHelp->text().contains("transmit on f - the mutual"));
+        dialog.widgets()->RigReplyTimeout->setValue(40); // held to 30
     }, QDialogButtonBox::Ok);
     ui->actionStationControl->trigger();
     QSettings file(IniPath(), QSettings::IniFormat);
     EXPECT_EQ(file.value("STATION_CONTROL/DopplerMode").toString() + "|" +
+                  file.value("STATION_CONTROL/RigReplyTimeout").toString() + "|" +
                   file.value("HOME_DATA/Latitude").toString(),
-              QString("4|%1").arg(home.latitude, 0, 'f', 4));
+              QString("4|30|%1").arg(home.latitude, 0, 'f', 4));
 
     // The daemon killed: its dot turns red, and the window's clock runs on.
     rotator->kill();
