@@ -355,10 +355,13 @@ TEST(StationControlFaults, RadioRefusingSplitShowsAmberWithItsReply)
     QTest::qWait(50);
     QToolTip::showText(QPoint(10, 10), c.Tip(), c.control.indicator());
     ASSERT_TRUE(QToolTip::isVisible());
-    for (int second = 0; second < 25; ++second)
+    // The Moon 10 s on at each second, so the receive frequency moves every time.
+    for (int second = 0; second < 25; ++second) {
+        c.utc += 9;
         c.Step(1000);
+    }
     EXPECT_EQ(radio.Count("S 1 VFOB"), 3) << "at 0, 10 and 20 s";
-    EXPECT_GE(radio.CountVerb("F"), 3);
+    EXPECT_GE(radio.CountVerb("F"), 20);
     EXPECT_EQ(c.Dots().count(kAmber), 1);
     EXPECT_TRUE(c.Tip().contains("Radio: Connected to 127.0.0.1:") &&
                 c.Tip().contains("refused \"S 1 VFOB\": RPRT -11"))
@@ -452,11 +455,13 @@ protected:
         control = window->findChild<StationControl *>("StationControl");
         control->SetClock([this] { return fakeMs; });
         control->SetUtcClock([this] { return utc; });
+        // A daemon that hangs up at first (rigctld on a busy machine) is soon back.
         control->rotator().SetTimings(1000, 500, 200);
+        control->rig().SetTimings(1000, 3000, 200);
         ASSERT_TRUE(QTest::qWaitFor([this] {
             return control->rotator().health() == DaemonLink::Good &&
                    control->rig().health() == DaemonLink::Good;
-        }, 5000));
+        }, 10000));
     }
 
     // The daemons are killed by their QProcess, after the window is gone.
@@ -555,7 +560,7 @@ TEST_F(StationControlLive, CommandsArriveHoldBelowTheMinimumAndADeadLinkShowsRed
     EXPECT_EQ(Frequency("f"), std::llround(f + moon.doppler));
     EXPECT_EQ(Frequency("i"), 1296000000);
     EXPECT_EQ(Query(rigPort, "s", 2), (QList<QByteArray>{"1", "VFOB"}));
-    const SourceTrack near = Step(1000, 10); // 10 s: more than 0.02, less than 0.2 degrees
+    const SourceTrack near = Step(1000, 15); // 15 s: more than 0.02, less than 0.2 degrees
     const double moved = std::max(std::fabs(near.azimuth - moon.azimuth),
                                   std::fabs(near.elevation - moon.elevation));
     ASSERT_TRUE(moved > 0.02 && moved < 0.2) << moved;
