@@ -284,6 +284,12 @@ bool Printable(const QByteArray &line)
                        [](char c) { return (c >= 32 && c < 127) || c == '\t' || c == '\r'; });
 }
 
+// A refused command and why, as the tooltip shows it.
+QString Refusal(const QByteArray &command, const QString &why)
+{
+    return QString("\"%1\": %2").arg(QString::fromLatin1(command), why);
+}
+
 // How long a command may wait for its reply before the dot stops being green.
 constexpr qint64 kSlowReplyMs = 2000;
 
@@ -459,7 +465,7 @@ void DaemonLink::Send(const QByteArray &command)
 
 void DaemonLink::NoteRefusal(const QByteArray &command, const QString &why)
 {
-    refusals[Verb(command)] = QString("\"%1\": %2").arg(QString::fromLatin1(command), why);
+    refusals[Verb(command)] = Refusal(command, why);
     emit Changed();
 }
 
@@ -519,12 +525,16 @@ void DaemonLink::Complete(int code)
                               ? QString::fromLatin1(lines.join(" | "))
                               : QString("RPRT %1").arg(code);
     qCDebug(lcStation, "%s -> %s", name, qPrintable(reply));
-    lastExchange = QString("sent \"%1\", reply %2").arg(QString::fromLatin1(command), Excerpt(reply.toLatin1()));
-    // A query the daemon cannot answer is no fault of the station's.
-    if (code != 0 && DataLines(command) == 0)
-        refusals[Verb(command)] = QString("\"%1\": RPRT %2").arg(QString::fromLatin1(command)).arg(code);
-    else if (code == 0 && DataLines(command) == 0)
-        refusals.remove(Verb(command));
+    lastExchange = QString("sent \"%1\", reply %2")
+                       .arg(QString::fromLatin1(command), Excerpt(reply.toLatin1()));
+    // Only a command that sets something is refused: a query the daemon
+    // cannot answer is no fault of the station's.
+    if (DataLines(command) == 0) {
+        if (code != 0)
+            refusals[Verb(command)] = Refusal(command, reply);
+        else
+            refusals.remove(Verb(command));
+    }
     emit Replied(command, code, lines);
     emit Changed();
     SendNext();
@@ -710,7 +720,7 @@ void StationControl::ShowIndicator()
     if (!indicatorLabel)
         return;
     auto colour = [this](const DaemonLink &link, bool wanted) {
-        return wanted && !homeSaved ? HealthColour(DaemonLink::Waiting) : HealthColour(link.health());
+        return HealthColour(wanted && !homeSaved ? DaemonLink::Waiting : link.health());
     };
     const QString text =
         QString("Rotator <span style=\"color:%1\">&#9679;</span>&nbsp;&nbsp;"

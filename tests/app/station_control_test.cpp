@@ -27,7 +27,11 @@ TEST(StationControlDecisions, AzimuthChoiceWithinTheRotatorsRange)
 {
     const RotatorRange whole, half{-180, 180}, overlap{-180, 450}, wide{0, 540}, part{0, 270};
     const std::optional<double> none;
-    const struct { RotatorRange range; std::optional<double> from; double azimuth, sent; } rows[] = {
+    const struct {
+        RotatorRange range;
+        std::optional<double> from;
+        double azimuth, sent;
+    } rows[] = {
         {whole, none, 370.0, 10.0},
         {whole, none, -10.0, 350.0},
         {whole, none, 0.0, 0.0},            // 0 and 360 are both in: 0..360 first
@@ -253,8 +257,9 @@ public:
     int Count(const QByteArray &command) const { return (int)received.count(command); }
     int CountVerb(const QByteArray &verb) const
     {
-        return (int)std::count_if(received.begin(), received.end(),
-                                  [&](const QByteArray &line) { return line.startsWith(verb + ' '); });
+        return (int)std::count_if(received.begin(), received.end(), [&](const QByteArray &line) {
+            return line.startsWith(verb + ' ');
+        });
     }
 
     QTcpServer server;
