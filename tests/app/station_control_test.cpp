@@ -9,6 +9,7 @@
 #include "ui_StationControlDialog.h"
 #include "tracking/Maidenhead.h"
 
+#include <QDateTime>
 #include <QMenuBar>
 #include <QProcess>
 #include <QSettings>
@@ -621,8 +622,13 @@ TEST_F(StationControlLive, FiveModesAtOneInstant)
         {DopplerFullToDx, f + m, f - m},
         {DopplerOff, f + m, f - m}, // left where the last mode put it
     };
-    std::string table = QString::asprintf("home echo %.1f Hz, DX echo %.1f Hz, mutual %.1f Hz\n",
-                                          homeD, dxD, m).toStdString();
+    std::string table =
+        QString::asprintf("%s UTC, home %.2f %.2f, DX %.2f %.2f: home echo %.1f Hz, DX echo "
+                          "%.1f Hz, mutual %.1f Hz\n",
+                          qPrintable(QDateTime::fromSecsSinceEpoch(utc, Qt::UTC).toString(
+                              "yyyy-MM-dd hh:mm:ss")),
+                          home.latitude, home.longitude, dx.latitude, dx.longitude, homeD, dxD, m)
+            .toStdString();
     for (const auto &row : rows) {
         ApplyMode(row.mode);
         Step(1000);
