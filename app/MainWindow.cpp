@@ -303,9 +303,6 @@ void MainWindow::RefreshPanels()
         ui->MutualDoppler->setText(Printf("%7.0f Hz", (home.doppler + dx.doppler) * 0.5));
     else
         ui->MutualDoppler->setText(" ");
-
-    if (stationControl)
-        stationControl->PanelsRefreshed();
 }
 
 void MainWindow::RebuildOverlays()

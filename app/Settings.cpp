@@ -1,6 +1,7 @@
 #include "Settings.h"
 
 #include "tracking/StationEntry.h"
+#include "DopplerModes.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -315,7 +316,12 @@ int LoadStationControl(const char *fileName, StationControlSettings &station)
     station.rigEnabled = ReadSwitch(settings, "RigEnabled", defaults.rigEnabled);
     station.rigHost = ReadHost(settings, "RigHost", defaults.rigHost);
     station.rigPort = ReadNumber(settings, "RigPort", 1, 65535, defaults.rigPort);
-    station.dopplerMode = ReadNumber(settings, "DopplerMode", 0, 3, defaults.dopplerMode);
+    station.dopplerMode =
+        ReadNumber(settings, "DopplerMode", 0, DopplerModeCount - 1, defaults.dopplerMode);
+    station.rotatorReplyTimeout = ReadNumber(settings, "RotatorReplyTimeout", 1,
+                                             kMaximumReplyTimeout, defaults.rotatorReplyTimeout);
+    station.rigReplyTimeout = ReadNumber(settings, "RigReplyTimeout", 1, kMaximumReplyTimeout,
+                                         defaults.rigReplyTimeout);
     settings.endGroup();
     return 0;
 }
@@ -333,6 +339,8 @@ int SaveStationControl(const char *fileName, const StationControlSettings &stati
         settings.setValue("RigHost", station.rigHost);
         settings.setValue("RigPort", station.rigPort);
         settings.setValue("DopplerMode", station.dopplerMode);
+        settings.setValue("RotatorReplyTimeout", station.rotatorReplyTimeout);
+        settings.setValue("RigReplyTimeout", station.rigReplyTimeout);
         settings.endGroup();
     });
     return SaveResult(fileName, reason, error);
@@ -365,6 +373,16 @@ int SaveWsjtx(const char *fileName, const WsjtxSettings &wsjtx, QString *error)
         settings.endGroup();
     });
     return SaveResult(fileName, reason, error);
+}
+
+bool HomeStationSaved(const char *fileName)
+{
+    QSettings settings(SettingsPath(fileName), QSettings::IniFormat);
+    settings.beginGroup("HOME_DATA");
+    const QString grid = settings.value("Grid").toString().trimmed();
+    const bool placeholder = grid == "JJ00aa" && settings.value("Latitude").toDouble() == 0.0 &&
+                             settings.value("Longitude").toDouble() == 0.0;
+    return !grid.isEmpty() && !placeholder;
 }
 
 } // namespace lunaquill

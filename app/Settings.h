@@ -40,12 +40,17 @@ struct StationControlSettings {
     bool rigEnabled = false;
     QString rigHost = "localhost";
     int32_t rigPort = 4532;
-    int32_t dopplerMode = 0;         // 0 off, 1 own echo, 2 DX, 3 constant on the Moon
+    int32_t dopplerMode = 0;         // a DopplerMode (DopplerModes.h)
+    // Seconds a daemon may take to answer a command (slow rotator controllers).
+    int32_t rotatorReplyTimeout = 3;
+    int32_t rigReplyTimeout = 3;
 };
 
+inline constexpr int32_t kMaximumReplyTimeout = 30;
+
 // A value that is missing or does not make sense (port outside 1..65535,
-// unknown mode, elevation outside -90..90, a switch that is not a boolean,
-// an empty host) reads as its default.
+// unknown mode, elevation outside -90..90, a reply timeout outside 1..30 s, a
+// switch that is not a boolean, an empty host) reads as its default.
 int LoadStationControl(const char *fileName, StationControlSettings &station);
 int SaveStationControl(const char *fileName, const StationControlSettings &station,
                        QString *error = nullptr);
@@ -65,5 +70,10 @@ struct WsjtxSettings {
 // then shows why it cannot listen.
 int LoadWsjtx(const char *fileName, WsjtxSettings &wsjtx);
 int SaveWsjtx(const char *fileName, const WsjtxSettings &wsjtx, QString *error = nullptr);
+
+// Whether the user has saved a home station: the file has a HOME_DATA group
+// with a grid, other than the first run's placeholder (JJ00aa at 0, 0) that a
+// frequency or source change writes back when no station was ever entered.
+bool HomeStationSaved(const char *fileName);
 
 } // namespace lunaquill

@@ -3,14 +3,17 @@
 #include "StationControlDialog.h"
 #include "WsjtxLink.h"
 
+#include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
 
 #include <QAction>
+#include <QCursor>
 #include <QLabel>
 #include <QLoggingCategory>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QNetworkProxy>
+#include <QToolTip>
 
 #include <algorithm>
 #include <chrono>
@@ -24,22 +27,122 @@ namespace lunaquill {
 
 // ---- Decisions ----
 
-AzEl RotatorTarget(double azimuth, double elevation)
+namespace {
+
+// Ranges beyond two turns either way are no rotator's; they also bound the
+// search below.
+constexpr double kAzimuthLimit = 1080.0;
+
+// Degrees from `a` to `b` around the circle, 0..180.
+double AroundTheCircle(double a, double b)
 {
-    double az = std::isfinite(azimuth) ? std::fmod(azimuth, 360.0) : 0.0;
-    if (az < 0.0)
-        az += 360.0;
-    const double el = std::isfinite(elevation) ? elevation : 0.0;
-    return {std::clamp(az, 0.0, 360.0), std::clamp(el, 0.0, 90.0)};
+    const double d = std::fmod(std::fabs(a - b), 360.0);
+    return std::min(d, 360.0 - d);
 }
+
+} // namespace
+
+QByteArray Verb(const QByteArray &command)
+{
+    const qsizetype space = command.indexOf(' ');
+    return space < 0 ? command : command.left(space);
+}
+
+RotatorRange ParseRotatorRange(const QList<QByteArray> &lines)
+{
+    RotatorRange range;
+    const struct { const char *names[2]; double RotatorRange::*member; } keys[] = {
+        {{"minimum azimuth", "min_az"}, &RotatorRange::minimumAzimuth},
+        {{"maximum azimuth", "max_az"}, &RotatorRange::maximumAzimuth},
+        {{"minimum elevation", "min_el"}, &RotatorRange::minimumElevation},
+        {{"maximum elevation", "max_el"}, &RotatorRange::maximumElevation},
+    };
+    for (const QByteArray &line : lines) {
+        const qsizetype split = line.indexOf(line.contains('=') ? '=' : ':');
+        if (split < 0)
+            continue;
+        const QByteArray key = line.left(split).trimmed().toLower();
+        bool ok = false;
+        const double value = line.mid(split + 1).trimmed().toDouble(&ok);
+        if (!ok || !(std::fabs(value) <= kAzimuthLimit))
+            continue;
+        for (const auto &entry : keys)
+            if (key == entry.names[0] || key == entry.names[1])
+                range.*entry.member = value;
+    }
+    const RotatorRange whole;
+    if (!(range.minimumAzimuth < range.maximumAzimuth)) {
+        range.minimumAzimuth = whole.minimumAzimuth;
+        range.maximumAzimuth = whole.maximumAzimuth;
+    }
+    if (!(range.minimumElevation < range.maximumElevation)) {
+        range.minimumElevation = whole.minimumElevation;
+        range.maximumElevation = whole.maximumElevation;
+    }
+    return range;
+}
+
+double ChooseAzimuth(double azimuth, const RotatorRange &range, std::optional<double> from)
+{
+    double a = std::isfinite(azimuth) ? std::fmod(azimuth, 360.0) : 0.0;
+    if (a < 0.0)
+        a += 360.0;
+    double low = std::max(range.minimumAzimuth, -kAzimuthLimit);
+    double high = std::min(range.maximumAzimuth, kAzimuthLimit);
+    if (!(low < high)) {
+        low = 0.0;
+        high = 360.0;
+    }
+    if (from && !std::isfinite(*from))
+        from.reset();
+    // Nearest the last position; without one, 0..360 first, then nearest the middle.
+    auto cost = [&](double candidate) {
+        if (from)
+            return std::fabs(candidate - *from);
+        return candidate >= 0.0 && candidate < 360.0 ? 0.0 : 1.0 + std::fabs(candidate - 180.0);
+    };
+    const double tolerance = 1e-9;
+    std::optional<double> best;
+    for (double candidate = a + 360.0 * std::floor((low - a) / 360.0);
+         candidate <= high + tolerance; candidate += 360.0) {
+        if (candidate >= low - tolerance && (!best || cost(candidate) < cost(*best)))
+            best = candidate;
+    }
+    if (best)
+        return std::clamp(*best, low, high);
+    return AroundTheCircle(a, low) <= AroundTheCircle(a, high) ? low : high;
+}
+
+AzEl RotatorTarget(double azimuth, double elevation, const RotatorRange &range,
+                   std::optional<double> from)
+{
+    double low = std::max(0.0, range.minimumElevation);
+    double high = std::min(90.0, range.maximumElevation);
+    if (!(low <= high)) {
+        low = 0.0;
+        high = 90.0;
+    }
+    const double el = std::isfinite(elevation) ? elevation : 0.0;
+    return {ChooseAzimuth(azimuth, range, from), std::clamp(el, low, high)};
+}
+
+namespace {
+
+// A refusal less than 10 s old holds its command back.
+bool Held(const std::optional<int64_t> &refusedAtMs, int64_t nowMs)
+{
+    return refusedAtMs && nowMs - *refusedAtMs < kRefusedRetryMs;
+}
+
+} // namespace
 
 bool RotatorDue(const RotatorMemory &last, AzEl target, int64_t nowMs)
 {
+    if (Held(last.refusedAtMs, nowMs))
+        return false;
     if (!last.sent || nowMs - last.atMs >= kRotatorRepeatMs)
         return true;
-    double azimuthMove = std::fabs(target.azimuth - last.target.azimuth);
-    if (azimuthMove > 180.0)
-        azimuthMove = 360.0 - azimuthMove;
+    const double azimuthMove = AroundTheCircle(target.azimuth, last.target.azimuth);
     // A hair of tolerance, so that 10.0 to 10.2 (0.19999...) counts as 0.2.
     const double step = kRotatorStepDegrees - 1e-9;
     return azimuthMove >= step || std::fabs(target.elevation - last.target.elevation) >= step;
@@ -54,6 +157,7 @@ std::optional<RigFrequencies> DopplerFrequencies(int32_t mode, double frequencyM
         !std::isfinite(dxDopplerHz) || !homeSees)
         return std::nullopt;
     const double f = frequencyMHz * 1e6;
+    const double mutual = (homeDopplerHz + dxDopplerHz) * 0.5; // one way, home to DX
     auto hz = [](double value) { return (int64_t)std::llround(value); };
     switch (mode) {
     case DopplerOwnEcho:
@@ -61,9 +165,13 @@ std::optional<RigFrequencies> DopplerFrequencies(int32_t mode, double frequencyM
     case DopplerDx:
         if (!dxSees)
             return std::nullopt;
-        return RigFrequencies{hz(f + (homeDopplerHz + dxDopplerHz) * 0.5), hz(f)};
+        return RigFrequencies{hz(f + mutual), hz(f)};
     case DopplerConstantOnMoon:
         return RigFrequencies{hz(f + homeDopplerHz * 0.5), hz(f - homeDopplerHz * 0.5)};
+    case DopplerFullToDx:
+        if (!dxSees)
+            return std::nullopt;
+        return RigFrequencies{hz(f + mutual), hz(f - mutual)};
     default:
         return std::nullopt;
     }
@@ -72,17 +180,62 @@ std::optional<RigFrequencies> DopplerFrequencies(int32_t mode, double frequencyM
 std::vector<QByteArray> RigCommands(RigMemory &memory, RigFrequencies wanted, int64_t nowMs)
 {
     std::vector<QByteArray> commands;
-    if (memory.sent && nowMs - memory.atMs < kRigIntervalMs)
+    if (memory.sentAtMs && nowMs - *memory.sentAtMs < kRigIntervalMs)
         return commands;
-    if (!memory.splitOn)
+    const bool receive = memory.receiveHz != wanted.receiveHz &&
+                         !Held(memory.receiveRefusedAtMs, nowMs);
+    const bool transmit = memory.transmitHz != wanted.transmitHz &&
+                          !Held(memory.transmitRefusedAtMs, nowMs);
+    if (!receive && !transmit)
+        return commands;
+    const bool splitStale =
+        !memory.splitConfirmedAtMs || nowMs - *memory.splitConfirmedAtMs >= kSplitConfirmMs;
+    if (splitStale && !Held(memory.splitAskedAtMs, nowMs)) {
         commands.push_back("S 1 VFOB");
-    if (!memory.sent || wanted.receiveHz != memory.frequencies.receiveHz)
+        if (memory.splitReadBack)
+            commands.push_back("s");
+        memory.splitAskedAtMs = nowMs;
+    }
+    if (receive) {
         commands.push_back("F " + QByteArray::number((qint64)wanted.receiveHz));
-    if (!memory.sent || wanted.transmitHz != memory.frequencies.transmitHz)
+        memory.receiveHz = wanted.receiveHz;
+    }
+    if (transmit) {
         commands.push_back("I " + QByteArray::number((qint64)wanted.transmitHz));
-    if (!commands.empty())
-        memory = {true, true, wanted, nowMs};
+        memory.transmitHz = wanted.transmitHz;
+    }
+    memory.sentAtMs = nowMs;
     return commands;
+}
+
+bool RigReplied(RigMemory &memory, const QByteArray &command, int code,
+                const QList<QByteArray> &lines, int64_t nowMs)
+{
+    const QByteArray verb = Verb(command);
+    if (verb == "S") {
+        if (code == 0)
+            memory.splitConfirmedAtMs = nowMs;
+        else
+            memory.splitConfirmedAtMs.reset();
+    } else if (verb == "s") {
+        // A daemon that cannot read split back leaves the S's own reply standing.
+        if (code != 0) {
+            memory.splitReadBack = false;
+        } else if (lines.value(0) == "1") {
+            memory.splitConfirmedAtMs = nowMs;
+        } else if (lines.value(0) == "0") {
+            const bool accepted = memory.splitConfirmedAtMs.has_value();
+            memory.splitConfirmedAtMs.reset();
+            return !accepted;
+        }
+    } else if (code != 0 && verb == "F") {
+        memory.receiveHz.reset();
+        memory.receiveRefusedAtMs = nowMs;
+    } else if (code != 0 && verb == "I") {
+        memory.transmitHz.reset();
+        memory.transmitRefusedAtMs = nowMs;
+    }
+    return true;
 }
 
 std::optional<int> ParseReport(const QByteArray &line)
@@ -108,21 +261,57 @@ QString Excerpt(const QByteArray &bytes)
     return bytes.size() > 40 ? text + "..." : text;
 }
 
+// The data lines of a good reply to a query ("p" az and el, "f" the
+// frequency, "s" split and VFO); -1 for the extended form ("+\dump_state"),
+// whose reply ends with its RPRT line; 0 for a command that sets something.
+int DataLines(const QByteArray &command)
+{
+    if (command.startsWith('+'))
+        return -1;
+    if (command == "p" || command == "s")
+        return 2;
+    if (command == "f" || command == "i")
+        return 1;
+    return 0;
+}
+
+// dump_state runs to a dozen short lines; far more is not a daemon.
+constexpr qsizetype kMaxReplyLines = 64;
+constexpr qsizetype kMaxLineBytes = 256;
+
+bool Printable(const QByteArray &line)
+{
+    return std::all_of(line.begin(), line.end(),
+                       [](char c) { return (c >= 32 && c < 127) || c == '\t' || c == '\r'; });
+}
+
+// A refused command and why, as the tooltip shows it.
+QString Refusal(const QByteArray &command, const QString &why)
+{
+    return QString("\"%1\": %2").arg(QString::fromLatin1(command), why);
+}
+
+// How long a command may wait for its reply before the dot stops being green.
+constexpr qint64 kSlowReplyMs = 2000;
+
 } // namespace
 
-DaemonLink::DaemonLink(const char *name, QObject *parent) : QObject(parent), name(name)
+DaemonLink::DaemonLink(const char *name, const char *probe, QObject *parent)
+    : QObject(parent), name(name), probe(probe)
 {
     // The daemons sit on the station's own network: never through a proxy.
     socket.setProxy(QNetworkProxy::NoProxy);
     timeout.setSingleShot(true);
     retry.setSingleShot(true);
+    probeTimer.setSingleShot(true);
     connect(&socket, &QTcpSocket::connected, this, [this] {
         timeout.stop();
         linkState = Connected;
-        lastRefused = false;
-        SetStatus("Connected to " + Where());
+        emit Changed();
         emit LinkUp();
-        SendNext();
+        // A first answer at once: the dot turns green only after one.
+        if (queue.empty())
+            Send(this->probe);
     });
     connect(&socket, &QTcpSocket::readyRead, this, &DaemonLink::ReadReplies);
     connect(&socket, &QTcpSocket::errorOccurred, this,
@@ -137,6 +326,7 @@ DaemonLink::DaemonLink(const char *name, QObject *parent) : QObject(parent), nam
                      .arg(QString::fromLatin1(outstanding)).arg(replyMs / 1000.0));
     });
     connect(&retry, &QTimer::timeout, this, &DaemonLink::Connect);
+    connect(&probeTimer, &QTimer::timeout, this, [this] { Send(this->probe); });
 }
 
 DaemonLink::~DaemonLink()
@@ -147,11 +337,12 @@ DaemonLink::~DaemonLink()
     socket.abort();
 }
 
-void DaemonLink::SetTimings(int connect, int reply, int again)
+void DaemonLink::SetTimings(int connect, int reply, int again, int idle)
 {
     connectMs = connect;
     replyMs = reply;
     retryMs = again;
+    probeMs = idle;
 }
 
 QString DaemonLink::Where() const
@@ -159,10 +350,66 @@ QString DaemonLink::Where() const
     return QString("%1:%2").arg(host).arg(port);
 }
 
-void DaemonLink::SetStatus(const QString &text)
+DaemonLink::Health DaemonLink::health() const
 {
-    statusText = text;
-    emit Changed();
+    switch (linkState) {
+    case Off:
+        return Idle;
+    case Connecting:
+        return Waiting;
+    case Failed:
+        return Down;
+    case Connected:
+        break;
+    }
+    if (!refusals.isEmpty())
+        return Refused;
+    // Green needs an answer lately: an idle link is probed every probeMs.
+    if (!lastAnswer.isValid() || lastAnswer.elapsed() > probeMs + replyMs ||
+        (!outstanding.isEmpty() && waiting.elapsed() > kSlowReplyMs))
+        return Waiting;
+    return Good;
+}
+
+QString DaemonLink::status() const
+{
+    switch (health()) {
+    case Idle:
+        return "Off";
+    case Down:
+        return failure;
+    case Refused:
+        return QString("Connected to %1; refused %2")
+            .arg(Where(), QStringList(refusals.values()).join(", "));
+    case Good:
+        return QString("Connected to %1; %2").arg(Where(), lastExchange);
+    case Waiting:
+        break;
+    }
+    if (linkState == Connecting)
+        return "Connecting to " + Where();
+    const QString what =
+        !outstanding.isEmpty()
+            ? QString("waiting for the reply to \"%1\"").arg(QString::fromLatin1(outstanding))
+        : lastAnswer.isValid() ? QString("no reply for %1 s").arg(lastAnswer.elapsed() / 1000)
+                             : QString("waiting for a first reply");
+    return QString("Connected to %1; %2").arg(Where(), what);
+}
+
+void DaemonLink::Reset(State state)
+{
+    // While Off, the abort's own signals are no failure.
+    linkState = Off;
+    timeout.stop();
+    probeTimer.stop();
+    queue.clear();
+    outstanding.clear();
+    replyLines.clear();
+    received.clear();
+    refusals.clear();
+    lastAnswer.invalidate();
+    socket.abort();
+    linkState = state;
 }
 
 void DaemonLink::Configure(bool on, const QString &newHost, int32_t newPort)
@@ -172,27 +419,20 @@ void DaemonLink::Configure(bool on, const QString &newHost, int32_t newPort)
     enabled = on;
     host = newHost;
     port = newPort;
-    timeout.stop();
     retry.stop();
-    linkState = Off; // the abort's own signals are not failures
-    socket.abort();
-    queue.clear();
-    outstanding.clear();
-    received.clear();
+    Reset(Off);
     if (enabled)
         Connect();
     else
-        SetStatus("Off");
+        emit Changed();
 }
 
 void DaemonLink::Connect()
 {
     if (!enabled)
         return;
-    socket.abort(); // while not Connecting, its signals are no failure
-    linkState = Connecting;
-    lastRefused = false;
-    SetStatus("Connecting to " + Where());
+    Reset(Connecting);
+    emit Changed();
     timeout.start(connectMs);
     socket.connectToHost(host, (quint16)port);
 }
@@ -201,15 +441,11 @@ void DaemonLink::Fail(const QString &why)
 {
     if (linkState != Connecting && linkState != Connected)
         return;
-    linkState = Failed;
-    timeout.stop();
-    queue.clear();
-    outstanding.clear();
-    received.clear();
-    socket.abort();
+    Reset(Failed);
     qCDebug(lcStation, "%s %s: %s", name, qPrintable(Where()), qPrintable(why));
-    SetStatus(QString("%1: %2; trying again every %3 s").arg(Where(), why).arg(retryMs / 1000.0));
-    emit CommandFailed();
+    failure = QString("%1: %2; trying again every %3 s").arg(Where(), why).arg(retryMs / 1000.0);
+    emit Changed();
+    emit LinkDown();
     retry.start(retryMs);
 }
 
@@ -217,9 +453,9 @@ void DaemonLink::Send(const QByteArray &command)
 {
     if (linkState != Connected)
         return;
-    const QByteArray verb = command.left(command.indexOf(' '));
+    const QByteArray verb = Verb(command);
     for (QByteArray &queued : queue) {
-        if (queued.left(queued.indexOf(' ')) == verb) {
+        if (Verb(queued) == verb) {
             queued = command;
             return;
         }
@@ -228,99 +464,213 @@ void DaemonLink::Send(const QByteArray &command)
     SendNext();
 }
 
+void DaemonLink::NoteRefusal(const QByteArray &command, const QString &why)
+{
+    refusals[Verb(command)] = Refusal(command, why);
+    emit Changed();
+}
+
 void DaemonLink::SendNext()
 {
-    if (linkState != Connected || !outstanding.isEmpty() || queue.empty())
+    if (linkState != Connected || !outstanding.isEmpty())
         return;
+    if (queue.empty()) {
+        probeTimer.start(probeMs);
+        return;
+    }
+    probeTimer.stop();
     outstanding = queue.front();
     queue.pop_front();
     qCDebug(lcStation, "%s <- %s", name, outstanding.constData());
     socket.write(outstanding + '\n');
+    waiting.start();
     timeout.start(replyMs);
 }
 
 void DaemonLink::ReadReplies()
 {
     received += socket.readAll();
-    for (qsizetype end; (end = received.indexOf('\n')) >= 0;) {
-        const QByteArray line = received.left(end);
+    for (qsizetype end; linkState == Connected && (end = received.indexOf('\n')) >= 0;) {
+        const QByteArray line = received.left(end).trimmed();
         received.remove(0, end + 1);
         const std::optional<int> code = ParseReport(line);
-        if (outstanding.isEmpty() || !code) {
+        const int expected = DataLines(outstanding);
+        if (outstanding.isEmpty() ||
+            (!code && (expected == 0 || line.size() > kMaxLineBytes || !Printable(line) ||
+                       replyLines.size() >= kMaxReplyLines))) {
             Fail(QString("unexpected reply \"%1\"").arg(Excerpt(line)));
             return;
         }
-        timeout.stop();
-        qCDebug(lcStation, "%s -> RPRT %d", name, *code);
-        lastRefused = *code != 0;
-        SetStatus(QString("Connected to %1; sent \"%2\", reply RPRT %3")
-                      .arg(Where(), QString::fromLatin1(outstanding))
-                      .arg(*code));
-        outstanding.clear();
-        if (lastRefused)
-            emit CommandFailed();
-        SendNext();
+        if (code) {
+            Complete(*code);
+        } else {
+            replyLines.append(line);
+            if (replyLines.size() == expected)
+                Complete(0);
+        }
     }
     // A reply line is a few bytes; a long run without an end is not a daemon.
     if (received.size() > 1024)
         Fail(QString("unexpected reply \"%1\"").arg(Excerpt(received)));
 }
 
+void DaemonLink::Complete(int code)
+{
+    timeout.stop();
+    const QByteArray command = outstanding;
+    const QList<QByteArray> lines = replyLines;
+    outstanding.clear();
+    replyLines.clear();
+    lastAnswer.start();
+    const QString reply = code == 0 && !lines.isEmpty()
+                              ? QString::fromLatin1(lines.join(" | "))
+                              : QString("RPRT %1").arg(code);
+    qCDebug(lcStation, "%s -> %s", name, qPrintable(reply));
+    lastExchange = QString("sent \"%1\", reply %2")
+                       .arg(QString::fromLatin1(command), Excerpt(reply.toLatin1()));
+    // Only a command that sets something is refused: a query the daemon
+    // cannot answer is no fault of the station's.
+    if (DataLines(command) == 0) {
+        if (code != 0)
+            refusals[Verb(command)] = Refusal(command, reply);
+        else
+            refusals.remove(Verb(command));
+    }
+    emit Replied(command, code, lines);
+    emit Changed();
+    SendNext();
+}
+
 // ---- StationControl ----
 
 StationControl::StationControl(QObject *parent)
-    : QObject(parent), rotatorLink("rotator"), rigLink("radio")
+    : QObject(parent), rotatorLink("rotator", "p"), rigLink("radio", "f")
 {
     setObjectName("StationControl");
     now = [] {
         using namespace std::chrono;
         return (int64_t)duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
     };
-    // A new connection or a failed command: send everything afresh.
-    connect(&rotatorLink, &DaemonLink::LinkUp, this, [this] { rotatorMemory = {}; });
-    connect(&rotatorLink, &DaemonLink::CommandFailed, this, [this] { rotatorMemory = {}; });
+    utcNow = [] { return time(nullptr); };
+    // A new connection: learn the rotator's position and range before moving
+    // it (the range, asked last, lets it move), and send the radio everything
+    // afresh.
+    connect(&rotatorLink, &DaemonLink::LinkUp, this, [this] {
+        rotatorMemory = {};
+        rotatorRange.reset();
+        rotatorAzimuth.reset();
+        rotatorLink.Send("p");
+        rotatorLink.Send("+\\dump_state");
+    });
+    connect(&rotatorLink, &DaemonLink::LinkDown, this, [this] {
+        rotatorMemory = {};
+        rotatorRange.reset();
+    });
+    connect(&rotatorLink, &DaemonLink::Replied, this, &StationControl::RotatorReplied);
     connect(&rigLink, &DaemonLink::LinkUp, this, [this] { rigMemory = {}; });
-    connect(&rigLink, &DaemonLink::CommandFailed, this, [this] { rigMemory = {}; });
+    connect(&rigLink, &DaemonLink::LinkDown, this, [this] { rigMemory = {}; });
+    connect(&rigLink, &DaemonLink::Replied, this,
+            [this](const QByteArray &command, int code, const QList<QByteArray> &lines) {
+                if (!RigReplied(rigMemory, command, code, lines, now()))
+                    rigLink.NoteRefusal("S 1 VFOB", "the radio reads back split off");
+            });
     connect(&rotatorLink, &DaemonLink::Changed, this, &StationControl::ShowIndicator);
     connect(&rigLink, &DaemonLink::Changed, this, &StationControl::ShowIndicator);
 
     StationControlSettings saved;
     LoadStationControl(kSettingsFileName, saved);
-    Apply(saved);
+    homeSaved = HomeStationSaved(kSettingsFileName);
+    rotatorLink.SetReplyTimeout(saved.rotatorReplyTimeout * 1000);
+    rigLink.SetReplyTimeout(saved.rigReplyTimeout * 1000);
+    current = saved;
+    ConfigureLinks();
+
+    connect(&ticker, &QTimer::timeout, this, &StationControl::Tick);
+    ticker.start(1000);
 }
 
 void StationControl::Apply(const StationControlSettings &settings)
 {
     if (settings.dopplerMode != current.dopplerMode)
         rigMemory = {};
+    // Set only when changed, so that timings a caller gave the link stand.
+    if (settings.rotatorReplyTimeout != current.rotatorReplyTimeout)
+        rotatorLink.SetReplyTimeout(settings.rotatorReplyTimeout * 1000);
+    if (settings.rigReplyTimeout != current.rigReplyTimeout)
+        rigLink.SetReplyTimeout(settings.rigReplyTimeout * 1000);
     current = settings;
-    rotatorLink.Configure(current.rotatorEnabled, current.rotatorHost, current.rotatorPort);
-    rigLink.Configure(current.rigEnabled, current.rigHost, current.rigPort);
+    ConfigureLinks();
 }
 
-void StationControl::PanelsRefreshed()
+void StationControl::ConfigureLinks()
 {
-    const int32_t source = homeData.trackingSource;
-    if (!homeStationSet || source < 0 || source >= (int32_t)SourceCount)
-        return;
-    const SourceTrack &home = homeTracks[source];
-    const int64_t nowMs = now();
+    // Without a home station nothing at all goes to the daemons.
+    rotatorLink.Configure(homeSaved && current.rotatorEnabled, current.rotatorHost,
+                          current.rotatorPort);
+    rigLink.Configure(homeSaved && current.rigEnabled, current.rigHost, current.rigPort);
+    ShowIndicator();
+}
 
-    // Below the minimum elevation the dish stays where it is.
-    if (rotatorLink.state() == DaemonLink::Connected && home.elevation >= current.minimumElevation) {
-        const AzEl target = RotatorTarget(home.azimuth, home.elevation);
+void StationControl::RotatorReplied(const QByteArray &command, int code,
+                                    const QList<QByteArray> &lines)
+{
+    if (command == "+\\dump_state") {
+        rotatorRange = ParseRotatorRange(code == 0 ? lines : QList<QByteArray>{});
+    } else if (command == "p" && code == 0) {
+        bool ok = false;
+        const double azimuth = lines.value(0).toDouble(&ok);
+        if (ok && std::isfinite(azimuth))
+            rotatorAzimuth = azimuth;
+    } else if (code != 0 && command.startsWith("P ")) {
+        rotatorMemory.sent = false;
+        rotatorMemory.refusedAtMs = now();
+    }
+}
+
+void StationControl::Tick()
+{
+    if (!homeSaved && HomeStationSaved(kSettingsFileName)) {
+        homeSaved = true;
+        ConfigureLinks();
+    }
+    ShowIndicator(); // a reply grows old, a wait grows long
+    const int32_t source = homeData.trackingSource;
+    if (!homeSaved || source < 0 || source >= (int32_t)SourceCount ||
+        (rotatorLink.state() != DaemonLink::Connected && rigLink.state() != DaemonLink::Connected))
+        return;
+    const int64_t nowMs = now();
+    const time_t nowUtc = utcNow();
+    struct tm utc{};
+    gmtime_r(&nowUtc, &utc);
+    SourceTrack home{};
+    ComputeSource((uint32_t)source, TrackPosition, utc, homeData.latitude, homeData.longitude,
+                  homeData.frequency, home);
+
+    // Below the minimum elevation the dish stays where it is; nothing moves
+    // before the rotator's range is known.
+    if (rotatorLink.state() == DaemonLink::Connected && rotatorRange &&
+        home.elevation >= current.minimumElevation) {
+        const std::optional<double> from =
+            rotatorMemory.sent ? std::optional<double>(rotatorMemory.target.azimuth)
+                               : rotatorAzimuth;
+        const AzEl target = RotatorTarget(home.azimuth, home.elevation, *rotatorRange, from);
         if (RotatorDue(rotatorMemory, target, nowMs)) {
             rotatorLink.Send("P " + QByteArray::number(target.azimuth, 'f', 2) + ' ' +
                              QByteArray::number(target.elevation, 'f', 2));
-            rotatorMemory = {true, target, nowMs};
+            rotatorMemory.sent = true;
+            rotatorMemory.target = target;
+            rotatorMemory.atMs = nowMs;
         }
     }
 
-    // The Doppler is the Moon's; seen as the panels show it.
     if (rigLink.state() == DaemonLink::Connected && source == Moon) {
-        const std::optional<RigFrequencies> wanted = DopplerFrequencies(
-            current.dopplerMode, homeData.frequency, home.doppler, dxTracks[Moon].doppler,
-            homeSeesSource != 0, dxStationSet != 0 && dxSeesSource != 0);
+        SourceTrack dx{};
+        if (dxStationSet)
+            ComputeSource(Moon, TrackPosition, utc, dxStation.latitude, dxStation.longitude,
+                          homeData.frequency, dx);
+        const std::optional<RigFrequencies> wanted =
+            DopplerFrequencies(current.dopplerMode, homeData.frequency, home.doppler, dx.doppler,
+                               home.elevation > 0.0, dxStationSet && dx.elevation > 0.0);
         if (wanted) {
             for (const QByteArray &command : RigCommands(rigMemory, *wanted, nowMs))
                 rigLink.Send(command);
@@ -340,14 +690,15 @@ void StationControl::Attach(QMenuBar *menuBar, QAction *menuEntry)
 
 namespace {
 
-const char *StateColour(const DaemonLink &link)
+const char *HealthColour(DaemonLink::Health health)
 {
-    switch (link.state()) {
-    case DaemonLink::Connected:
-        return link.healthy() ? "#00b000" : "#e0a000";
-    case DaemonLink::Connecting:
+    switch (health) {
+    case DaemonLink::Good:
+        return "#00b000";
+    case DaemonLink::Waiting:
+    case DaemonLink::Refused:
         return "#e0a000";
-    case DaemonLink::Failed:
+    case DaemonLink::Down:
         return "#e00000";
     default:
         return "#909090";
@@ -356,14 +707,36 @@ const char *StateColour(const DaemonLink &link)
 
 } // namespace
 
+QString StationControl::LinkStatus(const DaemonLink &link) const
+{
+    const bool wanted = &link == &rotatorLink ? current.rotatorEnabled : current.rigEnabled;
+    if (wanted && !homeSaved)
+        return "Nothing is sent until a home station is saved (Configure > Home Station)";
+    return link.status();
+}
+
 void StationControl::ShowIndicator()
 {
+    emit StatusChanged();
     if (!indicatorLabel)
         return;
-    indicatorLabel->setText(QString("Rotator <span style=\"color:%1\">&#9679;</span>&nbsp;&nbsp;"
-                                    "Radio <span style=\"color:%2\">&#9679;</span>")
-                                .arg(StateColour(rotatorLink), StateColour(rigLink)));
-    indicatorLabel->setToolTip("Rotator: " + rotatorLink.status() + "\nRadio: " + rigLink.status());
+    auto colour = [this](const DaemonLink &link, bool wanted) {
+        return HealthColour(wanted && !homeSaved ? DaemonLink::Waiting : link.health());
+    };
+    const QString text =
+        QString("Rotator <span style=\"color:%1\">&#9679;</span>&nbsp;&nbsp;"
+                "Radio <span style=\"color:%2\">&#9679;</span>")
+            .arg(colour(rotatorLink, current.rotatorEnabled), colour(rigLink, current.rigEnabled));
+    const QString tip = "Rotator: " + LinkStatus(rotatorLink) + "\nRadio: " + LinkStatus(rigLink);
+    if (text != indicatorLabel->text())
+        indicatorLabel->setText(text);
+    if (tip == indicatorLabel->toolTip())
+        return;
+    // A tooltip on show keeps its text: show the new one in its place.
+    const bool shown = QToolTip::isVisible() && QToolTip::text() == indicatorLabel->toolTip();
+    indicatorLabel->setToolTip(tip);
+    if (shown)
+        QToolTip::showText(QCursor::pos(), tip, indicatorLabel);
 }
 
 void StationControl::RunDialog()

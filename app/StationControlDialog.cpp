@@ -4,45 +4,41 @@
 #include "WsjtxLink.h"
 #include "ui_StationControlDialog.h"
 
+#include <algorithm>
+
 namespace lunaquill {
-
-namespace {
-
-// Which mode suits which use, shown under the mode.
-const char *const kModeHelp[] = {
-    "The radio is left as it is.",
-    "For hearing your own echoes: receive follows your echo Doppler, transmit stays on "
-    "the frequency.",
-    "For a contact with a DX station that transmits on the frequency: receive follows the "
-    "mutual Doppler while both stations see the Moon (otherwise it holds), transmit stays "
-    "on the frequency.",
-    "For nets, random contacts and the microwave bands: transmit below and receive above "
-    "by half your echo Doppler, so every station that does the same meets on the "
-    "frequency at the Moon.",
-};
-
-} // namespace
 
 StationControlDialog::StationControlDialog(StationControl &control, QWidget *parent)
     : QDialog(parent), control(control), ui(new Ui::StationControlDialog)
 {
     ui->setupUi(this);
+    // The list is the table's, in its order: the index is the stored mode.
+    for (const DopplerModeText &mode : kDopplerModes) {
+        ui->DopplerMode->addItem(mode.name);
+        ui->DopplerMode->setItemData(ui->DopplerMode->count() - 1, mode.explanation,
+                                     Qt::ToolTipRole);
+    }
     const StationControlSettings &s = control.settings();
     ui->RotatorEnabled->setChecked(s.rotatorEnabled);
     ui->RotatorHost->setText(s.rotatorHost);
     ui->RotatorPort->setValue(s.rotatorPort);
+    ui->RotatorReplyTimeout->setMaximum(kMaximumReplyTimeout);
+    ui->RotatorReplyTimeout->setValue(s.rotatorReplyTimeout);
     ui->MinimumElevation->setValue(s.minimumElevation);
     ui->RigEnabled->setChecked(s.rigEnabled);
     ui->RigHost->setText(s.rigHost);
     ui->RigPort->setValue(s.rigPort);
+    ui->RigReplyTimeout->setMaximum(kMaximumReplyTimeout);
+    ui->RigReplyTimeout->setValue(s.rigReplyTimeout);
     ui->DopplerMode->setCurrentIndex(s.dopplerMode);
     ShowModeHelp(s.dopplerMode);
     connect(ui->DopplerMode, &QComboBox::currentIndexChanged, this,
             &StationControlDialog::ShowModeHelp);
-    connect(&control.rotator(), &DaemonLink::Changed, this, &StationControlDialog::ShowStatus);
-    connect(&control.rig(), &DaemonLink::Changed, this, &StationControlDialog::ShowStatus);
+    connect(&control, &StationControl::StatusChanged, this, &StationControlDialog::ShowStatus);
     ShowStatus();
     ShowWsjtx();
+    // Tall enough for every wrapped line at the form's width.
+    resize(width(), std::max(height(), layout()->heightForWidth(width())));
 }
 
 StationControlDialog::~StationControlDialog()
@@ -57,11 +53,13 @@ StationControlSettings StationControlDialog::chosenSettings() const
     const QString rotatorHost = ui->RotatorHost->text().trimmed();
     s.rotatorHost = rotatorHost.isEmpty() ? s.rotatorHost : rotatorHost;
     s.rotatorPort = ui->RotatorPort->value();
+    s.rotatorReplyTimeout = ui->RotatorReplyTimeout->value();
     s.minimumElevation = ui->MinimumElevation->value();
     s.rigEnabled = ui->RigEnabled->isChecked();
     const QString rigHost = ui->RigHost->text().trimmed();
     s.rigHost = rigHost.isEmpty() ? s.rigHost : rigHost;
     s.rigPort = ui->RigPort->value();
+    s.rigReplyTimeout = ui->RigReplyTimeout->value();
     s.dopplerMode = ui->DopplerMode->currentIndex();
     return s;
 }
@@ -99,14 +97,14 @@ WsjtxSettings StationControlDialog::chosenWsjtxSettings() const
 
 void StationControlDialog::ShowStatus()
 {
-    ui->RotatorStatus->setText(control.rotator().status());
-    ui->RigStatus->setText(control.rig().status());
+    ui->RotatorStatus->setText(control.LinkStatus(control.rotator()));
+    ui->RigStatus->setText(control.LinkStatus(control.rig()));
 }
 
 void StationControlDialog::ShowModeHelp(int mode)
 {
-    if (mode >= 0 && mode < (int)(sizeof kModeHelp / sizeof kModeHelp[0]))
-        ui->ModeHelp->setText(kModeHelp[mode]);
+    if (mode >= 0 && mode < DopplerModeCount)
+        ui->ModeHelp->setText(kDopplerModes[mode].explanation);
 }
 
 } // namespace lunaquill

@@ -1,6 +1,6 @@
-// The rotator and radio links: host, port, enable, minimum elevation, Doppler
-// mode, and a live status line for each; the WSJT-X listener in a section of
-// its own. Only Ok changes anything.
+// The rotator and radio links: host, port, reply timeout, enable, minimum
+// elevation, Doppler mode, and a live status line for each; the WSJT-X
+// listener in a section of its own. Only Ok changes anything.
 #pragma once
 
 #include "Settings.h"

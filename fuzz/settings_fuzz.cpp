@@ -1,9 +1,10 @@
 // The settings loaders on any ini file: the input is written as
-// Lunaquill.ini in a temporary home folder, then both groups are loaded, in
+// Lunaquill.ini in a temporary home folder, then every group is loaded, in
 // an application object like the program's, so that "@Variant(...)" values
 // of images, colours and fonts are read as the program would read them.
 #include "FuzzSupport.h"
 
+#include "app/DopplerModes.h"
 #include "app/Settings.h"
 
 #include <QByteArray>
@@ -151,5 +152,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         FUZZ_CHECK(!wsjtx.enabled && wsjtx.address == defaults.address && wsjtx.port == 2237 &&
                    wsjtx.followDx && wsjtx.followFrequency);
     }
+
+    // Station control: every value within its range, whatever the file says.
+    StationControlSettings station;
+    FUZZ_CHECK(LoadStationControl(kSettingsFileName, station) == 0);
+    FUZZ_CHECK(!station.rotatorHost.isEmpty() && !station.rigHost.isEmpty());
+    for (int32_t port : {station.rotatorPort, station.rigPort})
+        FUZZ_CHECK(port >= 1 && port <= 65535);
+    for (int32_t seconds : {station.rotatorReplyTimeout, station.rigReplyTimeout})
+        FUZZ_CHECK(seconds >= 1 && seconds <= kMaximumReplyTimeout);
+    FUZZ_CHECK(station.minimumElevation >= -90.0 && station.minimumElevation <= 90.0);
+    FUZZ_CHECK(station.dopplerMode >= 0 && station.dopplerMode < DopplerModeCount);
+    if (!MayName(lower, "station_control"))
+        FUZZ_CHECK(!station.rotatorEnabled && !station.rigEnabled && station.dopplerMode == 0);
+    // No home station without a grid in its group.
+    if (HomeStationSaved(kSettingsFileName))
+        FUZZ_CHECK(MayName(lower, "home_data") && MayName(lower, "grid"));
     return 0;
 }
