@@ -42,7 +42,8 @@ done
 listing=$(dpkg-deb -c "$deb" | awk '{print $6}')
 outside=$(grep -v -e '^\./$' -e '^\./usr/' <<<"$listing" || true)
 [[ -z "$outside" ]] || fail "files outside /usr: $outside"
-for file in bin/lunaquill share/lunaquill/pixmaps/nasa-topo_1600.jpg \
+for file in bin/lunaquill bin/lunaquill-plan share/man/man1/lunaquill-plan.1.gz \
+    share/lunaquill/pixmaps/nasa-topo_1600.jpg \
     share/lunaquill/pixmaps/skynoise_1600.png share/lunaquill/pixmaps/dial.png \
     share/applications/lunaquill.desktop share/icons/hicolor/scalable/apps/lunaquill.svg \
     share/icons/hicolor/48x48/apps/lunaquill.png share/man/man1/lunaquill.1.gz \
