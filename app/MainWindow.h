@@ -6,6 +6,7 @@
 //   MainWindowTime.cpp      the simulated clock and the time controls
 //   MainWindowStations.cpp  the menu dialogs (stations, sources, overlays ...)
 //   MainWindowMap.cpp       the map: projection, layers, mouse
+//   MainWindowPlanner.cpp   the EME Planner window
 #pragma once
 
 #include <QColor>
@@ -28,6 +29,7 @@ class MainWindow;
 }
 
 namespace lunaquill {
+class PlannerWindow;
 class StarChartRenderer;
 class StationControl;
 }
@@ -123,6 +125,9 @@ public slots:
     void DrawFavorites(QPainter &painter, const QString &fileName);
     void TimerEvent();
 
+    // Configure -> Planner: opens (or brings forward) the EME Planner.
+    void Planner();
+
 private:
     // Members in the order of the window's record.
     bool mapLoaded = false;
@@ -183,6 +188,7 @@ private:
 
     // Rotator and radio; reads the home records after each panel refresh.
     lunaquill::StationControl *stationControl = nullptr;
+    QPointer<lunaquill::PlannerWindow> planner; // made at its first opening
 
     void RefreshPanels();
     // After an accepted dialog: every source for the stations as they now

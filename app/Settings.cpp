@@ -332,4 +332,44 @@ int SaveStationControl(const char *fileName, const StationControlSettings &stati
     return SaveResult(fileName, reason, error);
 }
 
+namespace {
+
+// A number within [low, high], else the default.
+double ReadBounded(QSettings &settings, const char *key, double low, double high, double fallback)
+{
+    bool ok = false;
+    const double value = settings.value(key).toDouble(&ok);
+    return ok && value >= low && value <= high ? value : fallback;
+}
+
+} // namespace
+
+int LoadPlanner(const char *fileName, PlannerSettings &planner)
+{
+    QSettings settings(SettingsPath(fileName), QSettings::IniFormat);
+    const PlannerSettings defaults;
+    settings.beginGroup("PLANNER");
+    planner.days = ReadNumber(settings, "Days", 1, 31, defaults.days);
+    planner.homeMinElevation =
+        ReadBounded(settings, "HomeMinElevation", -2.0, 90.0, defaults.homeMinElevation);
+    planner.dxMinElevation =
+        ReadBounded(settings, "DxMinElevation", -2.0, 90.0, defaults.dxMinElevation);
+    planner.tab = ReadNumber(settings, "Tab", 0, 1, defaults.tab);
+    settings.endGroup();
+    return 0;
+}
+
+int SavePlanner(const char *fileName, const PlannerSettings &planner, QString *error)
+{
+    const QString reason = SaveGroup(fileName, [&planner](QSettings &settings) {
+        settings.beginGroup("PLANNER");
+        settings.setValue("Days", planner.days);
+        settings.setValue("HomeMinElevation", planner.homeMinElevation);
+        settings.setValue("DxMinElevation", planner.dxMinElevation);
+        settings.setValue("Tab", planner.tab);
+        settings.endGroup();
+    });
+    return SaveResult(fileName, reason, error);
+}
+
 } // namespace lunaquill

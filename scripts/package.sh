@@ -34,7 +34,7 @@ field() { dpkg-deb -f "$deb" "$1"; }
 [[ $(field Section) == hamradio ]] || fail "Section is '$(field Section)'"
 [[ $(field Maintainer) == *"<"*"@"*">" ]] || fail "Maintainer '$(field Maintainer)'"
 [[ -n $(field Description) ]] || fail "no Description"
-for library in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libnova; do
+for library in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6charts6 libnova; do
   [[ $(field Depends) == *"$library"* ]] || fail "Depends lacks $library"
 done
 
