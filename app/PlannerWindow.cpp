@@ -384,8 +384,8 @@ void PlannerWindow::FillWindows()
     auto *y = new QValueAxis();
     y->setRange(kChartFloor, 90.0);
     y->setTickCount(11);
-    y->setLabelFormat("%.0f°");
-    y->setTitleText(tr("Moon elevation"));
+    y->setLabelFormat("%.0f"); // the axis formats with the C library: no degree sign here
+    y->setTitleText(tr("Moon elevation °"));
     chart->addAxis(x, Qt::AlignBottom);
     chart->addAxis(y, Qt::AlignLeft);
     for (QAbstractSeries *s : chart->series()) {
@@ -449,11 +449,12 @@ void PlannerWindow::FillMonth()
     x->setTitleText(tr("UTC date"));
     auto *dbAxis = new QValueAxis();
     dbAxis->setRange(std::floor(low - 0.5), std::ceil(high + 0.5));
+    dbAxis->applyNiceNumbers();
     dbAxis->setTitleText(tr("Degradation dB"));
     auto *decAxis = new QValueAxis();
     decAxis->setRange(-30, 30);
-    decAxis->setLabelFormat("%.0f°");
-    decAxis->setTitleText(tr("Declination"));
+    decAxis->setLabelFormat("%.0f");
+    decAxis->setTitleText(tr("Declination °"));
     decAxis->setLinePenColor(kHomeColour);
     auto *kmAxis = new QValueAxis();
     kmAxis->setRange(350, 410);

@@ -314,7 +314,9 @@ std::vector<DayConditions> PlanConditions(const PlanRequest &r)
     const double lat = r.home.latitude, lon = r.home.longitude;
     auto elevation = [&](double t) { return PlannerMoonElevation(lat, lon, t); };
     const int64_t first = FloorDiv(r.from, kDay) * kDay;
-    double lowest = HUGE_VAL;
+    // The degradation is a figure in dB against ideal conditions: 0 at best,
+    // more negative the worse. The best days have the least of it.
+    double least = -HUGE_VAL;
     for (int32_t i = 0; i < r.days; ++i) {
         DayConditions c{};
         c.date = first + int64_t(i) * kDay;
@@ -340,11 +342,11 @@ std::vector<DayConditions> PlanConditions(const PlanRequest &r)
         const double z = std::sin(d2) * std::sin(d1) + std::cos(d2) * std::cos(d1) * std::cos(dRa);
         c.sunMoonAngle = std::atan2(std::hypot(x, y), z) * kDegPerRad;
         c.sunNear = c.sunMoonAngle < kSunNearDegrees;
-        lowest = std::min(lowest, c.degradation);
+        least = std::max(least, c.degradation);
         days.push_back(c);
     }
     for (DayConditions &c : days)
-        c.best = c.degradation <= lowest + kBestDayMarginDb;
+        c.best = c.degradation >= least - kBestDayMarginDb;
     return days;
 }
 

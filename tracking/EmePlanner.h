@@ -68,7 +68,8 @@ struct DayConditions {
     double skyTemperature;   // K at the operating frequency
     double degradation;      // dB
     double sunMoonAngle;     // degrees, geocentric
-    bool best;               // within kBestDayMarginDb of the lowest degradation
+    bool best;               // within kBestDayMarginDb of the least degradation
+                             // (the highest figure: it is 0 at best, negative)
     bool sunNear;            // the Sun within kSunNearDegrees of the Moon
 };
 
