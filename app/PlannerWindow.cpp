@@ -100,6 +100,7 @@ QString Title(const std::string &column)
 void FillTable(QTableWidget *table, const std::vector<std::string> &columns,
                const std::vector<std::vector<std::string>> &rows)
 {
+    table->setUpdatesEnabled(false);
     table->clear();
     table->setColumnCount(int(columns.size()));
     table->setRowCount(int(rows.size()));
@@ -115,6 +116,7 @@ void FillTable(QTableWidget *table, const std::vector<std::string> &columns,
             table->setItem(r, c, item);
         }
     table->resizeColumnsToContents();
+    table->setUpdatesEnabled(true);
 }
 
 // A category axis over [low, high] labelled at every `step` from `first`.
@@ -174,6 +176,10 @@ PlannerWindow::PlannerWindow(QWidget *parent)
     saveTimer.setSingleShot(true);
     saveTimer.setInterval(500);
     connect(&saveTimer, &QTimer::timeout, this, [this] { SavePlanner(kSettingsFileName, choices); });
+    // A spin box held down changes many times a second: one plan when it rests.
+    replanTimer.setSingleShot(true);
+    replanTimer.setInterval(150);
+    connect(&replanTimer, &QTimer::timeout, this, &PlannerWindow::Replan);
     followTimer.setInterval(1000);
     connect(&followTimer, &QTimer::timeout, this, &PlannerWindow::FollowChanges);
 
@@ -286,11 +292,12 @@ void PlannerWindow::ChoicesChanged()
     choices.homeMinElevation = ui->HomeMinSpin->value();
     choices.dxMinElevation = ui->DxMinSpin->value();
     saveTimer.start();
-    Replan();
+    replanTimer.start();
 }
 
 void PlannerWindow::Replan()
 {
+    replanTimer.stop();
     lastInputs = InputsKey();
     planned = RequestNow();
     plan = PlanMutualWindows(planned);
@@ -335,14 +342,17 @@ void PlannerWindow::FillWindows()
 
     // Hours after the start of the plan on x.
     const double hours = planned.days * 24.0;
-    const int64_t step = planned.days <= 7 ? 600 : 1800;
+    // Some 400 to 750 points a curve: a point every pixel or two.
+    const int64_t step = planned.days <= 3 ? 600 : planned.days <= 7 ? 1200 : 3600;
     auto curve = [&](const PlanSite &site, const QString &name, const QColor &colour) {
         auto *series = new QLineSeries();
         series->setName(name);
         series->setPen(QPen(colour, 2));
+        QList<QPointF> points;
         for (int64_t t = planned.from; t <= planned.from + int64_t(hours * 3600); t += step)
-            series->append(double(t - planned.from) / 3600.0,
-                           PlannerMoonElevation(site.latitude, site.longitude, double(t)));
+            points.append({double(t - planned.from) / 3600.0,
+                           PlannerMoonElevation(site.latitude, site.longitude, double(t))});
+        series->replace(points);
         return series;
     };
     // The windows as bands from the floor to the top of the chart.

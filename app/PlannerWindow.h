@@ -71,6 +71,7 @@ private:
     PlannerSettings choices;
     QTimer followTimer;   // notices new stations and frequency
     QTimer saveTimer;     // saves the choices once they rest
+    QTimer replanTimer;   // plans once the choices rest
     PlanRequest planned;
     std::vector<MutualWindow> plan;
     std::vector<DayConditions> month;
