@@ -141,6 +141,23 @@ QString UtcText(int64_t t, const char *format)
     return QString::fromLatin1(text);
 }
 
+// removeAllSeries deletes the series but not the lines that bound an area;
+// a removed axis is the caller's to delete too.
+void ClearChart(QChart *chart)
+{
+    std::vector<QLineSeries *> bounds;
+    for (QAbstractSeries *series : chart->series())
+        if (auto *area = qobject_cast<QAreaSeries *>(series))
+            bounds.insert(bounds.end(), {area->upperSeries(), area->lowerSeries()});
+    chart->removeAllSeries();
+    for (QLineSeries *line : bounds)
+        delete line;
+    for (QAbstractAxis *axis : chart->axes()) {
+        chart->removeAxis(axis);
+        delete axis;
+    }
+}
+
 QChartView *NewChartView(QWidget *holder)
 {
     auto *view = new QChartView(new QChart(), holder);
@@ -336,9 +353,7 @@ void PlannerWindow::FillWindows()
     FillTable(ui->WindowsTable, WindowColumns(planned.hasDx), rows);
 
     QChart *chart = windowsView->chart();
-    chart->removeAllSeries();
-    for (QAbstractAxis *axis : chart->axes())
-        chart->removeAxis(axis);
+    ClearChart(chart);
 
     // Hours after the start of the plan on x.
     const double hours = planned.days * 24.0;
@@ -355,9 +370,10 @@ void PlannerWindow::FillWindows()
         series->replace(points);
         return series;
     };
-    // The windows as bands from the floor to the top of the chart.
-    auto *top = new QLineSeries();
-    auto *floor = new QLineSeries();
+    // The windows as bands from the floor to the top of the chart. The area
+    // does not own its bounding lines: the view does, which outlives its chart.
+    auto *top = new QLineSeries(windowsView);
+    auto *floor = new QLineSeries(windowsView);
     top->append(0, kChartFloor);
     for (const MutualWindow &w : plan) {
         const double a = double(w.start - planned.from) / 3600.0;
@@ -419,9 +435,7 @@ void PlannerWindow::FillMonth()
     }
 
     QChart *chart = monthView->chart();
-    chart->removeAllSeries();
-    for (QAbstractAxis *axis : chart->axes())
-        chart->removeAxis(axis);
+    ClearChart(chart);
     auto *degradation = new QLineSeries();
     degradation->setName(tr("Degradation dB"));
     degradation->setPen(QPen(QColor(40, 40, 40), 2));

@@ -170,15 +170,14 @@ TEST_F(PlannerWindowTest, FollowsStationsAndFrequencyAndKeepsItsChoices)
 {
     OpenPlanner();
     const double doppler1296 = planner->windows()[0].dopplerStart;
-    // A new frequency: the plan follows within its second.
+    // A new frequency: the plan follows at its next look, once a second.
     homeData.frequency = 144.0;
-    QTest::qWait(1300);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return planner->request().frequencyMHz == 144.0; }, 10000));
     ASSERT_FALSE(planner->windows().empty());
     EXPECT_NEAR(planner->windows()[0].dopplerStart, doppler1296 * 144.0 / 1296.0, 1.0);
     // No DX station: the home station's own windows, without the DX columns.
     dxStationSet = 0;
-    QTest::qWait(1300);
-    EXPECT_FALSE(planner->request().hasDx);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !planner->request().hasDx; }, 10000));
     EXPECT_EQ(pui->WindowsTable->columnCount(), int(WindowColumns(false).size()));
     // The first opens at the start (the displayed instant, a few seconds on by now),
     // still up from the night; the next is a whole pass.
@@ -189,7 +188,7 @@ TEST_F(PlannerWindowTest, FollowsStationsAndFrequencyAndKeepsItsChoices)
     pui->DaysSpin->setValue(7);
     pui->HomeMinSpin->setValue(10.0);
     pui->Tabs->setCurrentIndex(1);
-    QTest::qWait(800);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return ReadIni().contains("Tab=1"); }, 10000));
     const QByteArray ini = ReadIni();
     EXPECT_TRUE(ini.contains("[PLANNER]")) << ini.constData();
     EXPECT_TRUE(ini.contains("Days=7"));
