@@ -1,5 +1,5 @@
 // The settings loaders on any ini file: the input is written as
-// Lunaquill.ini in a temporary home folder, then both groups are loaded, in
+// Lunaquill.ini in a temporary home folder, then every group is loaded, in
 // an application object like the program's, so that "@Variant(...)" values
 // of images, colours and fonts are read as the program would read them.
 #include "FuzzSupport.h"
@@ -142,5 +142,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                                  flag != &overlays.StarChartOverlay));
         FUZZ_CHECK(overlays.StarsMagnitude == 6 && overlays.MapOffset == 0);
     }
+
+    // The planner's choices: always within their ranges, the defaults when
+    // the file cannot name the group.
+    PlannerSettings planner;
+    planner.days = -5;
+    planner.homeMinElevation = planner.dxMinElevation = std::nan("");
+    planner.tab = 7;
+    FUZZ_CHECK(LoadPlanner(kSettingsFileName, planner) == 0);
+    FUZZ_CHECK(planner.days >= 1 && planner.days <= 31 && planner.tab >= 0 && planner.tab <= 1);
+    for (double elevation : {planner.homeMinElevation, planner.dxMinElevation})
+        FUZZ_CHECK(elevation >= -2.0 && elevation <= 90.0);
+    if (!MayName(lower, "planner"))
+        FUZZ_CHECK(planner.days == 3 && planner.homeMinElevation == 0.0 &&
+                   planner.dxMinElevation == 0.0 && planner.tab == 0);
     return 0;
 }
