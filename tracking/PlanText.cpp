@@ -2,6 +2,7 @@
 
 #include "Maidenhead.h"
 
+#include <algorithm>
 #include <cctype>
 #include <clocale>
 #include <cmath>
@@ -110,6 +111,7 @@ std::string Aligned(const std::vector<std::string> &header,
                 text += "  ";
             text += std::string(width[c] - std::min(width[c], cells[c].size()), ' ') + cells[c];
         }
+        text.erase(text.find_last_not_of(' ') + 1);
         return text + '\n';
     };
     std::string text = line(header);
@@ -279,6 +281,77 @@ bool ParsePlanTime(const std::string &text, int64_t &t)
     return true;
 }
 
+namespace {
+
+// The terminal's view of the daily conditions.
+std::string ConditionsTable(const PlanRequest &request, const std::vector<DayConditions> &days,
+                            const std::string &homeText)
+{
+    std::string text = Format("EME conditions at %s (%s), %.1f MHz, %d days from %s\n",
+                              homeText.substr(0, 40).c_str(),
+                              Position(request.home.latitude, request.home.longitude).c_str(),
+                              request.frequencyMHz, request.days,
+                              days.empty() ? "" : FormatPlanDate(days.front().date).c_str());
+    std::vector<std::vector<std::string>> rows;
+    for (const DayConditions &d : days) {
+        rows.push_back(ConditionCells(d));
+        rows.back()[1] = rows.back()[1].substr(11); // the date is in the first column
+    }
+    return text + Aligned({"Date", "Highest", "El", "Dec", "Distance km", "Loss dB", "Sky K",
+                           "Degr dB", "Sun", "Best", "Sun<15"},
+                          rows);
+}
+
+// The terminal's view of the windows: the figures an operator scans for,
+// azimuth/elevation and Doppler paired to keep it within a wide terminal.
+std::string WindowsTable(const PlanRequest &request, const std::vector<MutualWindow> &windows,
+                         const std::string &homeText, const std::string &dxText)
+{
+    auto site = [](const std::string &name, const PlanSite &s) {
+        return Format("%s (%s, from %.1f deg)", name.substr(0, 40).c_str(),
+                      Position(s.latitude, s.longitude).c_str(), s.minElevation);
+    };
+    std::string text = "Moon windows for " + site(homeText, request.home);
+    if (request.hasDx)
+        text += " with " + site(dxText, request.dx);
+    text += Format("\n%s to %s, %.1f MHz; %zu window%s\n", FormatPlanTime(request.from).c_str(),
+                   FormatPlanTime(request.from + int64_t(request.days) * kDay).c_str(),
+                   request.frequencyMHz, windows.size(), windows.size() == 1 ? "" : "s");
+    if (windows.empty())
+        return text;
+    auto pair = [](double a, double b, int decimals) {
+        return Number(a, decimals) + "/" + Number(b, decimals);
+    };
+    std::vector<std::vector<std::string>> rows;
+    for (const MutualWindow &w : windows) {
+        std::vector<std::string> row = {
+            FormatPlanTime(w.start, false), TimeAfter(w.end, w.start),
+            std::to_string(PlanMinutes(w.start, w.end)),
+            pair(w.homeAzimuthStart, w.homeElevationStart, 0),
+            pair(w.homeAzimuthEnd, w.homeElevationEnd, 0)};
+        if (request.hasDx)
+            row.insert(row.end(), {pair(w.dxAzimuthStart, w.dxElevationStart, 0),
+                                   pair(w.dxAzimuthEnd, w.dxElevationEnd, 0)});
+        row.insert(row.end(),
+                   {TimeAfter(w.peakTime, w.start) + " " + Number(w.peakElevation, 1),
+                    pair(w.dopplerStart, w.dopplerEnd, 0), Number(w.homeDegradation, 1)});
+        if (request.hasDx)
+            row.insert(row.end(), {Number(w.dxDegradation, 1), Number(w.polarisation[1], 0),
+                                   pair(w.polarisationLoss[0], w.polarisationLoss[1], 1) + "/"
+                                       + Number(w.polarisationLoss[2], 1)});
+        rows.push_back(row);
+    }
+    std::vector<std::string> header = {"Start UTC", "End", "Min", "Home Az/El", "at end"};
+    if (request.hasDx)
+        header.insert(header.end(), {"DX Az/El", "at end"});
+    header.insert(header.end(), {"Peak of lower", "Doppler Hz", "Home dB"});
+    if (request.hasDx)
+        header.insert(header.end(), {"DX dB", "Pol", "Pol loss dB"});
+    return text + Aligned(header, rows);
+}
+
+} // namespace
+
 int RunPlanCommand(int argc, const char *const *argv, const PlanDefaults &defaults, FILE *out,
                    FILE *err)
 {
@@ -412,75 +485,14 @@ int RunPlanCommand(int argc, const char *const *argv, const PlanDefaults &defaul
 
     if (conditions) {
         const std::vector<DayConditions> days = PlanConditions(request);
-        if (csv) {
-            fputs(ConditionsCsv(days).c_str(), out);
-            return 0;
-        }
-        fprintf(out, "EME conditions at %s (%s), %.1f MHz, %d days from %s\n",
-                homeText.c_str(), Position(request.home.latitude, request.home.longitude).c_str(),
-                request.frequencyMHz, request.days, FormatPlanDate(days.front().date).c_str());
-        std::vector<std::vector<std::string>> rows;
-        for (const DayConditions &d : days) {
-            rows.push_back(ConditionCells(d));
-            rows.back()[1] = rows.back()[1].substr(11);
-        }
-        fputs(Aligned({"Date", "Highest", "El", "Dec", "Distance km", "Loss dB", "Sky K",
-                       "Degr dB", "Sun", "Best", "Sun<15"},
-                      rows)
+        fputs((csv ? ConditionsCsv(days) : ConditionsTable(request, days, homeText)).c_str(), out);
+    } else {
+        const std::vector<MutualWindow> windows = PlanMutualWindows(request);
+        fputs((csv ? WindowsCsv(windows, request.hasDx)
+                   : WindowsTable(request, windows, homeText, dxText))
                   .c_str(),
               out);
-        return 0;
     }
-
-    const std::vector<MutualWindow> windows = PlanMutualWindows(request);
-    if (csv) {
-        fputs(WindowsCsv(windows, request.hasDx).c_str(), out);
-        return 0;
-    }
-    if (request.hasDx)
-        fprintf(out, "Moon windows for %s (%s, from %.1f deg) with %s (%s, from %.1f deg)\n",
-                homeText.c_str(), Position(request.home.latitude, request.home.longitude).c_str(),
-                request.home.minElevation, dxText.c_str(),
-                Position(request.dx.latitude, request.dx.longitude).c_str(),
-                request.dx.minElevation);
-    else
-        fprintf(out, "Moon windows for %s (%s, from %.1f deg)\n", homeText.c_str(),
-                Position(request.home.latitude, request.home.longitude).c_str(),
-                request.home.minElevation);
-    fprintf(out, "%s to %s, %.1f MHz; %zu window%s\n", FormatPlanTime(request.from).c_str(),
-            FormatPlanTime(request.from + int64_t(request.days) * kDay).c_str(),
-            request.frequencyMHz, windows.size(), windows.size() == 1 ? "" : "s");
-    if (windows.empty())
-        return 0;
-    std::vector<std::vector<std::string>> rows;
-    for (const MutualWindow &w : windows) {
-        std::vector<std::string> row = {
-            FormatPlanTime(w.start, false), TimeAfter(w.end, w.start),
-            std::to_string(PlanMinutes(w.start, w.end)),
-            Number(w.homeAzimuthStart, 0) + "/" + Number(w.homeElevationStart, 0),
-            Number(w.homeAzimuthEnd, 0) + "/" + Number(w.homeElevationEnd, 0)};
-        if (request.hasDx)
-            row.insert(row.end(),
-                       {Number(w.dxAzimuthStart, 0) + "/" + Number(w.dxElevationStart, 0),
-                        Number(w.dxAzimuthEnd, 0) + "/" + Number(w.dxElevationEnd, 0)});
-        row.insert(row.end(), {TimeAfter(w.peakTime, w.start) + " "
-                                   + Number(w.peakElevation, 1),
-                               Number(w.dopplerStart, 0) + "/" + Number(w.dopplerEnd, 0),
-                               Number(w.homeDegradation, 1)});
-        if (request.hasDx)
-            row.insert(row.end(), {Number(w.dxDegradation, 1), Number(w.polarisation[1], 0),
-                                   Number(w.polarisationLoss[0], 1) + "/"
-                                       + Number(w.polarisationLoss[1], 1) + "/"
-                                       + Number(w.polarisationLoss[2], 1)});
-        rows.push_back(row);
-    }
-    std::vector<std::string> header = {"Start UTC", "End", "Min", "Home Az/El", "at end"};
-    if (request.hasDx)
-        header.insert(header.end(), {"DX Az/El", "at end"});
-    header.insert(header.end(), {"Peak of lower", "Doppler Hz", "Home dB"});
-    if (request.hasDx)
-        header.insert(header.end(), {"DX dB", "Pol", "Pol loss dB"});
-    fputs(Aligned(header, rows).c_str(), out);
     return 0;
 }
 
