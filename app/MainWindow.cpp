@@ -100,6 +100,7 @@ MainWindow::MainWindow(QWidget *parent)
     stationControl = new StationControl(this);
     stationControl->Attach(ui->menuBar, ui->actionStationControl);
     StartWsjtxLink();
+    connect(ui->actionPlanner, SIGNAL(triggered()), this, SLOT(Planner()));
 
     // The window's child: it lives as long as the window (in the program, as
     // long as the process) and is released with it. Without OpenGL it stays

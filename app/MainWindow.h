@@ -7,6 +7,7 @@
 //   MainWindowStations.cpp  the menu dialogs (stations, sources, overlays ...)
 //   MainWindowMap.cpp       the map: projection, layers, mouse
 //   MainWindowWsjtx.cpp     following WSJT-X's DX station and dial frequency
+//   MainWindowPlanner.cpp   the EME Planner window
 #pragma once
 
 #include <QColor>
@@ -29,6 +30,7 @@ class MainWindow;
 }
 
 namespace lunaquill {
+class PlannerWindow;
 class StarChartRenderer;
 class StationControl;
 class WsjtxLink;
@@ -126,6 +128,9 @@ public slots:
     void DrawFavorites(QPainter &painter, const QString &fileName);
     void TimerEvent();
 
+    // Configure -> Planner: opens (or brings forward) the EME Planner.
+    void Planner();
+
 private:
     // Members in the order of the window's record.
     bool mapLoaded = false;
@@ -188,6 +193,7 @@ private:
     lunaquill::StationControl *stationControl = nullptr;
     // Listens for WSJT-X; its Status messages set the DX station and frequency.
     lunaquill::WsjtxLink *wsjtxLink = nullptr;
+    QPointer<lunaquill::PlannerWindow> planner; // made at its first opening
 
     void RefreshPanels();
     // After a dialog that changed what is in force: every source for the

@@ -292,6 +292,14 @@ int32_t ReadNumber(QSettings &settings, const char *key, int32_t low, int32_t hi
     return ok && number >= low && number <= high ? number : defaultValue;
 }
 
+// A number within [low, high], else the default (also for NaN).
+double ReadBounded(QSettings &settings, const char *key, double low, double high, double fallback)
+{
+    bool ok = false;
+    const double value = settings.value(key).toDouble(&ok);
+    return ok && value >= low && value <= high ? value : fallback;
+}
+
 QString ReadHost(QSettings &settings, const char *key, const QString &defaultHost)
 {
     const QString host = settings.value(key).toString().trimmed();
@@ -309,10 +317,8 @@ int LoadStationControl(const char *fileName, StationControlSettings &station)
     station.rotatorEnabled = ReadSwitch(settings, "RotatorEnabled", defaults.rotatorEnabled);
     station.rotatorHost = ReadHost(settings, "RotatorHost", defaults.rotatorHost);
     station.rotatorPort = ReadNumber(settings, "RotatorPort", 1, 65535, defaults.rotatorPort);
-    bool ok = false;
-    const double elevation = settings.value("MinimumElevation").toDouble(&ok);
-    if (ok && elevation >= -90.0 && elevation <= 90.0)
-        station.minimumElevation = elevation;
+    station.minimumElevation =
+        ReadBounded(settings, "MinimumElevation", -90.0, 90.0, defaults.minimumElevation);
     station.rigEnabled = ReadSwitch(settings, "RigEnabled", defaults.rigEnabled);
     station.rigHost = ReadHost(settings, "RigHost", defaults.rigHost);
     station.rigPort = ReadNumber(settings, "RigPort", 1, 65535, defaults.rigPort);
@@ -383,6 +389,34 @@ bool HomeStationSaved(const char *fileName)
     const bool placeholder = grid == "JJ00aa" && settings.value("Latitude").toDouble() == 0.0 &&
                              settings.value("Longitude").toDouble() == 0.0;
     return !grid.isEmpty() && !placeholder;
+}
+
+int LoadPlanner(const char *fileName, PlannerSettings &planner)
+{
+    QSettings settings(SettingsPath(fileName), QSettings::IniFormat);
+    const PlannerSettings defaults;
+    settings.beginGroup("PLANNER");
+    planner.days = ReadNumber(settings, "Days", 1, 31, defaults.days);
+    planner.homeMinElevation =
+        ReadBounded(settings, "HomeMinElevation", -2.0, 90.0, defaults.homeMinElevation);
+    planner.dxMinElevation =
+        ReadBounded(settings, "DxMinElevation", -2.0, 90.0, defaults.dxMinElevation);
+    planner.tab = ReadNumber(settings, "Tab", 0, 1, defaults.tab);
+    settings.endGroup();
+    return 0;
+}
+
+int SavePlanner(const char *fileName, const PlannerSettings &planner, QString *error)
+{
+    const QString reason = SaveGroup(fileName, [&planner](QSettings &settings) {
+        settings.beginGroup("PLANNER");
+        settings.setValue("Days", planner.days);
+        settings.setValue("HomeMinElevation", planner.homeMinElevation);
+        settings.setValue("DxMinElevation", planner.dxMinElevation);
+        settings.setValue("Tab", planner.tab);
+        settings.endGroup();
+    });
+    return SaveResult(fileName, reason, error);
 }
 
 } // namespace lunaquill

@@ -76,4 +76,16 @@ int SaveWsjtx(const char *fileName, const WsjtxSettings &wsjtx, QString *error =
 // frequency or source change writes back when no station was ever entered.
 bool HomeStationSaved(const char *fileName);
 
+// The EME Planner's choices (group PLANNER): days planned, each station's
+// minimum elevation, the tab shown. Values out of range read as the defaults.
+struct PlannerSettings {
+    int32_t days = 3;               // 1..31
+    double homeMinElevation = 0.0;  // degrees, -2..90
+    double dxMinElevation = 0.0;
+    int32_t tab = 0;                // 0 mutual windows, 1 month
+};
+
+int LoadPlanner(const char *fileName, PlannerSettings &planner);
+int SavePlanner(const char *fileName, const PlannerSettings &planner, QString *error = nullptr);
+
 } // namespace lunaquill

@@ -168,5 +168,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     // No home station without a grid in its group.
     if (HomeStationSaved(kSettingsFileName))
         FUZZ_CHECK(MayName(lower, "home_data") && MayName(lower, "grid"));
+
+    // The planner's choices: always within their ranges, the defaults when
+    // the file cannot name the group.
+    PlannerSettings planner;
+    planner.days = -5;
+    planner.homeMinElevation = planner.dxMinElevation = std::nan("");
+    planner.tab = 7;
+    FUZZ_CHECK(LoadPlanner(kSettingsFileName, planner) == 0);
+    FUZZ_CHECK(planner.days >= 1 && planner.days <= 31 && planner.tab >= 0 && planner.tab <= 1);
+    for (double elevation : {planner.homeMinElevation, planner.dxMinElevation})
+        FUZZ_CHECK(elevation >= -2.0 && elevation <= 90.0);
+    if (!MayName(lower, "planner"))
+        FUZZ_CHECK(planner.days == 3 && planner.homeMinElevation == 0.0 &&
+                   planner.dxMinElevation == 0.0 && planner.tab == 0);
     return 0;
 }

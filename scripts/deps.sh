@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages=(
   g++ make cmake
-  qt6-base-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev
+  qt6-base-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev qt6-charts-dev
   libqt6sql6-sqlite
   libnova-dev
   libgtest-dev libbenchmark-dev

@@ -34,7 +34,7 @@ field() { dpkg-deb -f "$deb" "$1"; }
 [[ $(field Section) == hamradio ]] || fail "Section is '$(field Section)'"
 [[ $(field Maintainer) == *"<"*"@"*">" ]] || fail "Maintainer '$(field Maintainer)'"
 [[ -n $(field Description) ]] || fail "no Description"
-for library in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libnova; do
+for library in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6charts6 libnova; do
   [[ $(field Depends) == *"$library"* ]] || fail "Depends lacks $library"
 done
 
@@ -42,7 +42,8 @@ done
 listing=$(dpkg-deb -c "$deb" | awk '{print $6}')
 outside=$(grep -v -e '^\./$' -e '^\./usr/' <<<"$listing" || true)
 [[ -z "$outside" ]] || fail "files outside /usr: $outside"
-for file in bin/lunaquill share/lunaquill/pixmaps/nasa-topo_1600.jpg \
+for file in bin/lunaquill bin/lunaquill-plan share/man/man1/lunaquill-plan.1.gz \
+    share/lunaquill/pixmaps/nasa-topo_1600.jpg \
     share/lunaquill/pixmaps/skynoise_1600.png share/lunaquill/pixmaps/dial.png \
     share/applications/lunaquill.desktop share/icons/hicolor/scalable/apps/lunaquill.svg \
     share/icons/hicolor/48x48/apps/lunaquill.png share/man/man1/lunaquill.1.gz \

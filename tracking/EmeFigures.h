@@ -49,6 +49,11 @@ SunPosition LowPrecisionSun(double dayNumber, double utHours, double latitude,
 void EmeMoonTrack(const struct tm &utc, double latitude, double longitude,
                   double frequencyMHz, SourceTrack &record);
 
+// The own-echo Doppler (Hz) of EmeMoonTrack, also below the horizon, where the
+// record's doppler reads 0: a plan that opens at a negative minimum elevation
+// still needs the shift the station will tune to.
+double EchoDoppler(const struct tm &utc, double latitude, double longitude, double frequencyMHz);
+
 // Sky temperature (K) behind a body at this ecliptic longitude (degrees),
 // scaled from the 144 MHz table with spectral index 2.6.
 double SkyTemperatureAt(double frequencyMHz, double eclipticLongitude);

@@ -128,8 +128,12 @@ MoonPosition LowPrecisionMoon(int year, int month, int day, double utHours,
     return p;
 }
 
-void EmeMoonTrack(const struct tm &utc, double latitude, double longitude,
-                  double frequencyMHz, SourceTrack &record)
+namespace {
+
+// Every Moon field of EmeMoonTrack; returns the echo Doppler (Hz) whatever the
+// elevation, which the caller keeps or clears.
+double TrackMoon(const struct tm &utc, double latitude, double longitude, double frequencyMHz,
+                 SourceTrack &record)
 {
     // Station 200 m above the ellipsoid, whatever its real height.
     const double phi = latitude / kDegPerRad;
@@ -184,14 +188,28 @@ void EmeMoonTrack(const struct tm &utc, double latitude, double longitude,
     record.spatialOffset =
         atan2(sin(A) * cos(phi), cos(h) * sin(phi) - cos(A) * cos(phi) * sin(h)) * kDegPerRad;
     record.greenwichHourAngle = now.hourAngle - longitude;
+    return doppler;
+}
 
-    if (now.elevation >= 0) {
+} // namespace
+
+void EmeMoonTrack(const struct tm &utc, double latitude, double longitude,
+                  double frequencyMHz, SourceTrack &record)
+{
+    const double doppler = TrackMoon(utc, latitude, longitude, frequencyMHz, record);
+    if (record.elevation >= 0) {
         record.aboveHorizon = 1;
         record.doppler = doppler;
     } else {
         record.aboveHorizon = 0;
         record.doppler = 0.0;
     }
+}
+
+double EchoDoppler(const struct tm &utc, double latitude, double longitude, double frequencyMHz)
+{
+    SourceTrack scratch{};
+    return TrackMoon(utc, latitude, longitude, frequencyMHz, scratch);
 }
 
 } // namespace lunaquill

@@ -218,11 +218,14 @@ SourceTrack MoonAt(time_t t, Place place)
 }
 
 // A place the given number of degrees north and east of the Moon's sub-point.
+// Rounded to the four decimals the settings file keeps, so that the test and
+// the controller, which reads the file, compute for the same place.
 Place NearTheMoon(time_t t, double north, double east)
 {
     const SourceTrack moon = MoonAt(t, {0.0, 0.0});
-    double longitude = std::fmod(moon.subLongitude + east + 540.0, 360.0) - 180.0;
-    return {std::clamp(moon.subLatitude + north, -85.0, 85.0), longitude};
+    const double longitude = std::fmod(moon.subLongitude + east + 540.0, 360.0) - 180.0;
+    const double latitude = std::clamp(moon.subLatitude + north, -85.0, 85.0);
+    return {std::round(latitude * 1e4) / 1e4, std::round(longitude * 1e4) / 1e4};
 }
 
 QByteArray HomeIni(Place home)

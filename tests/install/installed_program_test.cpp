@@ -23,7 +23,9 @@ TEST(InstallTree, HoldsEveryFileInItsPlace)
 {
     const QString doc = "share/doc/lunaquill/";
     const QString metainfo = QString("share/metainfo/%1.metainfo.xml").arg(LUNAQUILL_APP_ID);
-    const QStringList files = {"bin/lunaquill", "share/applications/lunaquill.desktop", metainfo,
+    const QStringList files = {"bin/lunaquill", "bin/lunaquill-plan",
+                               "share/man/man1/lunaquill-plan.1.gz",
+                               "share/applications/lunaquill.desktop", metainfo,
                                doc + "copyright", "share/icons/hicolor/scalable/apps/lunaquill.svg",
                                "share/man/man1/lunaquill.1.gz", doc + "changelog.gz",
                                doc + "examples/DxStations.txt"};
