@@ -22,6 +22,9 @@
 #include <QString>
 #include <QTimer>
 
+#include <vector>
+
+class QFrame;
 class QMessageBox;
 namespace Ui {
 class MainWindow;
@@ -58,6 +61,8 @@ public:
     const QPixmap &moonShadePixmap() const { return moonShade; }
     const QPixmap &skyLayerPixmap() const { return skyLayer; }
     void requestForceRefresh() { forceRefresh = true; }
+    // The first-run hint (no settings file yet); null once it has gone.
+    QFrame *firstRunHint() const { return homeStationHint; }
 
 public slots:
     // The method-index order of these 61 slots is fixed; keep it.
@@ -200,4 +205,24 @@ private:
     bool MapPointFromMouse(QPoint windowPosition, double &latitude, double &longitude,
                            char *grid7);
     void ApplyStyles();
+
+    // Window size and layout below the form's own size (1640 x 960).
+    void showEvent(QShowEvent *event) override;
+    void RememberForm();
+    void RestoreForm();
+    void LayOutFull();
+    void LayOutCompact();
+    void PlaceCharts();
+    void MakeMapImages();
+    void ShowFirstRunHint();
+    void PlaceFirstRunHint();
+    struct FormPlace {
+        QWidget *widget;
+        QRect geometry;
+        double pointSize;
+    };
+    std::vector<FormPlace> formPlaces; // every widget the layout moves, as the form has it
+    bool compactLayout = false;
+    bool sizeChosen = false;
+    QFrame *homeStationHint = nullptr;
 };

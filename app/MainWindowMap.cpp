@@ -169,9 +169,10 @@ void MainWindow::LoadPixmaps()
     qDebug("Screen size is (%d x %d)", windowRect.width(), windowRect.height());
     qDebug("Screen Geometry (%d,%d to %d,%d)", windowRect.left(), windowRect.top(),
            windowRect.right(), windowRect.bottom());
-    const QRect map = ui->WorldMap->geometry();
-    qDebug("WorldMap size is: (%d x %d)", map.width(), map.height());
-    qDebug("WorldMap Geometry (%d,%d to %d,%d)", map.left(), map.top(), map.right(), map.bottom());
+    mapRect = ui->WorldMap->geometry();
+    qDebug("WorldMap size is: (%d x %d)", mapRect.width(), mapRect.height());
+    qDebug("WorldMap Geometry (%d,%d to %d,%d)", mapRect.left(), mapRect.top(), mapRect.right(),
+           mapRect.bottom());
     latStripRect = ui->LatitudeFrameR->geometry();
     qDebug("Lat labels size is: (%d x %d)", latStripRect.width(), latStripRect.height());
     qDebug("Lat labels Geometry (%d,%d to %d,%d)", latStripRect.left(), latStripRect.top(),
@@ -181,27 +182,36 @@ void MainWindow::LoadPixmaps()
     qDebug("Lng labels Geometry (%d,%d to %d,%d)", lngStripRect.left(), lngStripRect.top(),
            lngStripRect.right(), lngStripRect.bottom());
 
-    baseMap = topoMaster.scaled(map.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
-    sunShade = baseMap;
-    moonShade = baseMap;
     skyNoiseMaster = LoadImage("/pixmaps/skynoise_1600.png");
-    if (!skyNoiseMaster.isNull())
-        scaledSkyNoise = skyNoiseMaster.scaled(map.size(), Qt::IgnoreAspectRatio,
-                                               Qt::FastTransformation);
-    skyLayer = QPixmap(map.size());
-    skyLayer.fill(Qt::black);
-    screenOverlay = QPixmap(map.size());
-    DrawMapOverlay();
+    MakeMapImages();
     ui->WorldMap->setPixmap(baseMap);
     ui->WorldMap->show();
 
     dialMaster = LoadImage("/pixmaps/dial.png");
-    if (!dialMaster.isNull())
-        dialScaled = dialMaster.scaled(ui->StarChart1->size(), Qt::KeepAspectRatio);
+    PlaceCharts();
     ui->WorldMap->setVisible(!overlaySettings.StarChartOverlay);
     ui->StarChart1->setVisible(overlaySettings.StarChartOverlay);
     ui->StarChart2->setVisible(overlaySettings.StarChartOverlay);
     loadingPixmaps = false;
+}
+
+void MainWindow::MakeMapImages()
+{
+    const QSize map = ui->WorldMap->size();
+    // The base map and the shades in the screen's own pixels, so that the
+    // grid, the texts, the stars and the icons over them are drawn sharp on
+    // a scaled screen; the sky noise is soft and stays at the map's size.
+    const qreal ratio = devicePixelRatioF();
+    baseMap = topoMaster.scaled(map * ratio, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    baseMap.setDevicePixelRatio(ratio);
+    sunShade = baseMap;
+    moonShade = baseMap;
+    if (!skyNoiseMaster.isNull())
+        scaledSkyNoise = skyNoiseMaster.scaled(map, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    skyLayer = QPixmap(map);
+    skyLayer.fill(Qt::black);
+    screenOverlay = QPixmap(map);
+    DrawMapOverlay();
 }
 
 void MainWindow::DrawMapOverlay()
@@ -216,7 +226,8 @@ void MainWindow::DrawMapOverlay()
 
 void MainWindow::DrawLatitudeLabels()
 {
-    const QPixmap labels = LatitudeLabels(ui->LatitudeFrameR->size(), ui->WorldMap->height());
+    const QPixmap labels = LatitudeLabels(ui->LatitudeFrameR->size(), ui->WorldMap->height(),
+                                          devicePixelRatioF());
     ui->LatitudeFrameR->setPixmap(labels);
     ui->LatitudeFrameL->setPixmap(labels);
     ui->LatitudeFrameR->update();
@@ -227,7 +238,7 @@ void MainWindow::DrawLongitudeLabels()
 {
     ui->LongitudeFrame->setPixmap(LongitudeLabels(ui->LongitudeFrame->size(),
                                                   ui->WorldMap->width(),
-                                                  overlaySettings.MapOffset));
+                                                  overlaySettings.MapOffset, devicePixelRatioF()));
     ui->LongitudeFrame->update();
 }
 
@@ -416,18 +427,24 @@ void MainWindow::DrawFavorites(QPainter &painter, const QString &fileName)
 namespace {
 
 // One chart: the dial at the label's size, and over its face the map on the
-// sphere seen from above the station when there is one.
+// sphere seen from above the station when there is one. Drawn in the
+// screen's own pixels (`ratio` of them to the label's), so sharp when scaled.
 void DrawChart(QLabel *chart, const QPixmap &dial, StarChartRenderer &renderer,
-               const QPixmap &overlay, bool stationSet, double latitude, double longitude)
+               const QPixmap &overlay, bool stationSet, double latitude, double longitude,
+               qreal ratio)
 {
-    const QRect rect(QPoint(0, 0), QPoint(chart->width() - 1, chart->height() - 1));
+    const QSize size = chart->size() * ratio;
+    const QRect rect(QPoint(0, 0), QPoint(size.width() - 1, size.height() - 1));
     QPixmap pixmap = dial.copy(rect);
     QImage image = pixmap.toImage();
+    pixmap.setDevicePixelRatio(ratio);
     chart->setPixmap(pixmap);
     chart->show();
     if (stationSet)
         renderer.render(overlay, image, float(latitude), float(longitude));
+    pixmap.setDevicePixelRatio(1.0);
     ClipToDialFace(pixmap, image);
+    pixmap.setDevicePixelRatio(ratio);
     chart->setPixmap(pixmap);
     chart->show();
 }
@@ -440,7 +457,7 @@ void MainWindow::DrawStarChart1()
         return;
     ui->WorldMap->hide();
     DrawChart(ui->StarChart1, dialScaled, *starChartRenderer, screenOverlay, homeStationSet,
-              homeData.latitude, homeData.longitude);
+              homeData.latitude, homeData.longitude, devicePixelRatioF());
 }
 
 void MainWindow::DrawStarChart2()
@@ -449,5 +466,5 @@ void MainWindow::DrawStarChart2()
         return;
     ui->WorldMap->hide();
     DrawChart(ui->StarChart2, dialScaled, *starChartRenderer, screenOverlay, dxStationSet,
-              dxStation.latitude, dxStation.longitude);
+              dxStation.latitude, dxStation.longitude, devicePixelRatioF());
 }

@@ -17,6 +17,8 @@
 
 #include "render/OverlaysDialog.h"
 
+#include <QFileInfo>
+#include <QFrame>
 #include <QMessageBox>
 
 using namespace lunaquill;
@@ -62,6 +64,12 @@ bool MainWindow::HomeStation()
     HomeStationDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
         SaveHomeSettings();
+        // The first-run hint has done its work once the station is on disk.
+        if (homeStationHint && QFileInfo::exists(SettingsPath(kSettingsFileName))) {
+            homeStationHint->hide();
+            homeStationHint->deleteLater();
+            homeStationHint = nullptr;
+        }
         if (homeData.grid[0] != '\0')
             homeStationSet = 1;
         UpdateDisplay();
