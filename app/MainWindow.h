@@ -9,6 +9,7 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
 #include <QMainWindow>
 #include <QMouseEvent>
 #include <QOpenGLFunctions>
@@ -219,7 +220,7 @@ private:
     struct FormPlace {
         QWidget *widget;
         QRect geometry;
-        double pointSize;
+        QFont font;
     };
     std::vector<FormPlace> formPlaces; // every widget the layout moves, as the form has it
     bool compactLayout = false;

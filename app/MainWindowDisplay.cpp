@@ -169,7 +169,7 @@ constexpr double kPanelMinimumScaleX[4] = {0.86, 0.80, 0.82, 0.87};
 void MainWindow::RememberForm()
 {
     auto remember = [this](QWidget *w) {
-        formPlaces.push_back({w, w->geometry(), w->font().pointSizeF()});
+        formPlaces.push_back({w, w->geometry(), w->font()});
     };
     for (QWidget *w : {(QWidget *)ui->WorldMap, (QWidget *)ui->LatitudeFrameL,
                        (QWidget *)ui->LatitudeFrameR, (QWidget *)ui->LongitudeFrame})
@@ -185,11 +185,7 @@ void MainWindow::RestoreForm()
 {
     for (const FormPlace &place : formPlaces) {
         place.widget->setGeometry(place.geometry);
-        if (place.pointSize > 0) {
-            QFont font = place.widget->font();
-            font.setPointSizeF(place.pointSize);
-            place.widget->setFont(font);
-        }
+        place.widget->setFont(place.font);
     }
     latStripRect = ui->LatitudeFrameR->geometry();
     lngStripRect = ui->LongitudeFrame->geometry();
@@ -229,13 +225,21 @@ void MainWindow::LayOutCompact()
 
     for (int i = 0; i < 4; ++i) {
         frames[i]->setGeometry(layout.panels[i]);
-        const double fontScale = std::min(layout.scaleX[i], layout.scaleY);
+        // The texts shrink with the panel's width; in low panels (18 pixels
+        // and more) a line of up to 90 % of the form's size still fits.
+        const double fontScale = std::min(layout.scaleX[i], std::max(layout.scaleY, 0.9));
         for (const FormPlace &place : formPlaces) {
             if (place.widget->parentWidget() != frames[i])
                 continue;
-            place.widget->setGeometry(ScaledRect(place.geometry, layout.scaleX[i], layout.scaleY));
-            QFont font = place.widget->font();
-            font.setPointSizeF(ScaledPointSize(place.pointSize, fontScale));
+            const QRect rect = ScaledRect(place.geometry, layout.scaleX[i], layout.scaleY);
+            place.widget->setGeometry(rect);
+            QFont font = place.font;
+            font.setPointSizeF(ScaledPointSize(place.font.pointSizeF(), fontScale));
+            // A heading that no longer fits in bold is set in the regular weight.
+            auto *label = qobject_cast<QLabel *>(place.widget);
+            if (label && font.bold()
+                && QFontMetrics(font).horizontalAdvance(label->text()) + 2 > rect.width())
+                font.setBold(false);
             place.widget->setFont(font);
         }
     }
