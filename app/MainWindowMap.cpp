@@ -39,6 +39,27 @@ QPixmap LoadImage(const char *name)
     return QPixmap(ImageRoot(QDir::currentPath(), QCoreApplication::applicationDirPath()) + name);
 }
 
+// An icon; on a scaled screen its "@2x" drawing where there is one, so that
+// it is drawn sharp (the painter shows it at the icon's own size).
+QPixmap LoadIcon(const char *name, qreal ratio)
+{
+    if (ratio > 1.0) {
+        QPixmap sharp = LoadImage(QByteArray(name).replace(".png", "@2x.png").constData());
+        if (!sharp.isNull()) {
+            sharp.setDevicePixelRatio(2.0);
+            return sharp;
+        }
+    }
+    return LoadImage(name);
+}
+
+// Where an icon goes so that its centre lies on `p`.
+QPoint IconCorner(const QPoint &p, const QPixmap &icon)
+{
+    const QSizeF size = icon.deviceIndependentSize();
+    return p - QPoint(int(size.width()) / 2, int(size.height()) / 2);
+}
+
 // The map as the sky layers see it, at the displayed instant.
 SkyView SkyViewOf(const QRect &map)
 {
@@ -146,19 +167,20 @@ void MainWindow::mousePressEvent(QMouseEvent *event)
 
 void MainWindow::LoadPixmaps()
 {
-    menuIcon = LoadImage("/pixmaps/menu-icon.png");
-    stationIcon = LoadImage("/pixmaps/dish-icon.png");
-    dxStationIcon = LoadImage("/pixmaps/dish-icon.png");
-    moonIcon = LoadImage("/pixmaps/moon-icon.png");
-    sunIcon = LoadImage("/pixmaps/sun-icon.png");
-    mercuryIcon = LoadImage("/pixmaps/mercury-icon.png");
-    venusIcon = LoadImage("/pixmaps/venus-icon.png");
-    marsIcon = LoadImage("/pixmaps/mars-icon.png");
-    jupiterIcon = LoadImage("/pixmaps/jupiter-icon.png");
-    saturnIcon = LoadImage("/pixmaps/saturn-icon.png");
-    uranusIcon = LoadImage("/pixmaps/uranus-icon.png");
-    neptuneIcon = LoadImage("/pixmaps/neptune-icon.png");
-    plutoIcon = LoadImage("/pixmaps/pluto-icon.png");
+    const qreal ratio = devicePixelRatioF();
+    menuIcon = LoadIcon("/pixmaps/menu-icon.png", ratio);
+    stationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
+    dxStationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
+    moonIcon = LoadIcon("/pixmaps/moon-icon.png", ratio);
+    sunIcon = LoadIcon("/pixmaps/sun-icon.png", ratio);
+    mercuryIcon = LoadIcon("/pixmaps/mercury-icon.png", ratio);
+    venusIcon = LoadIcon("/pixmaps/venus-icon.png", ratio);
+    marsIcon = LoadIcon("/pixmaps/mars-icon.png", ratio);
+    jupiterIcon = LoadIcon("/pixmaps/jupiter-icon.png", ratio);
+    saturnIcon = LoadIcon("/pixmaps/saturn-icon.png", ratio);
+    uranusIcon = LoadIcon("/pixmaps/uranus-icon.png", ratio);
+    neptuneIcon = LoadIcon("/pixmaps/neptune-icon.png", ratio);
+    plutoIcon = LoadIcon("/pixmaps/pluto-icon.png", ratio);
     topoMaster = LoadImage("/pixmaps/nasa-topo_1600.jpg");
     if (topoMaster.isNull())
         return; // no map: it stays blank
@@ -273,6 +295,10 @@ void MainWindow::CreateScreenOverlay()
     // straight into the pixels.
     QImage canvas = baseMap.toImage();
     QPainter painter(&canvas);
+    // On a scaled screen the soft layers are stretched and the icons' sharp
+    // drawings fitted to its pixels.
+    if (canvas.devicePixelRatio() != 1.0)
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
     const OverlaySettings &on = overlaySettings;
 
     if (on.SkyNoiseOverlay && !skyLayer.isNull()) {
@@ -336,7 +362,7 @@ void MainWindow::CreateScreenOverlay()
             continue;
         QPoint p;
         LatLongToPoint(track.subLatitude, track.subLongitude, p);
-        painter.drawPixmap(p.x() - body.icon.width() / 2, p.y() - body.icon.height() / 2, body.icon);
+        painter.drawPixmap(IconCorner(p, body.icon), body.icon);
     }
     if (on.FavoriteStationsOverlay)
         DrawFavorites(painter, "Favorites.txt");
@@ -353,6 +379,8 @@ void MainWindow::DrawMap()
         return;
     QPixmap map = screenOverlay.copy();
     QPainter painter(&map);
+    if (map.devicePixelRatio() != 1.0)
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setPen(Qt::black);
 
     auto drawStation = [&](const QPixmap &icon, double latitude, double longitude) {
@@ -360,7 +388,7 @@ void MainWindow::DrawMap()
             return;
         QPoint p;
         LatLongToPoint(latitude, longitude, p);
-        painter.drawPixmap(p.x() - icon.width() / 2, p.y() - icon.height() / 2, icon);
+        painter.drawPixmap(IconCorner(p, icon), icon);
     };
     if (homeStationSet)
         drawStation(stationIcon, homeData.latitude, homeData.longitude);

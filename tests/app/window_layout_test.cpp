@@ -97,6 +97,20 @@ TEST(WindowLayout, ChartsFontsAndScaledRectangles)
     EXPECT_EQ(ScaledRect(QRect(84, 38, 118, 30), 0.85, 0.6).left(), 71);
 }
 
+// Every map icon has a drawing at twice the pixels for scaled screens, which
+// Qt reads with a pixel ratio of 2 (from the "@2x" in its name).
+TEST(WindowLayout, EveryIconHasATwiceAsSharpTwin)
+{
+    const QStringList icons = QDir("pixmaps").entryList({"*-icon.png"});
+    ASSERT_EQ(icons.size(), 12);
+    for (const QString &name : icons) {
+        const QPixmap plain("pixmaps/" + name);
+        const QPixmap sharp("pixmaps/" + QString(name).replace(".png", "@2x.png"));
+        EXPECT_EQ(sharp.size(), plain.size() * 2) << name.toStdString();
+        EXPECT_EQ(sharp.devicePixelRatio(), 2.0) << name.toStdString();
+    }
+}
+
 class WindowSizeTest : public WindowTest
 {
 protected:
