@@ -208,12 +208,15 @@ private:
     void ApplyStyles();
 
     // Window size and layout below the form's own size (1640 x 960).
-    void showEvent(QShowEvent *event) override;
+    void showEvent(QShowEvent *event) override; // chooses the size when first shown
+    void ChooseSize();
+    void ScreenChanged();
     void RememberForm();
     void RestoreForm();
     void LayOutFull();
     void LayOutCompact();
     void PlaceCharts();
+    void LoadIcons();
     void MakeMapImages();
     void ShowFirstRunHint();
     void PlaceFirstRunHint();

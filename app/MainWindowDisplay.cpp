@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QShowEvent>
+#include <QWindow>
 
 using namespace lunaquill;
 
@@ -260,29 +261,45 @@ void MainWindow::PlaceCharts()
 
 void MainWindow::showEvent(QShowEvent *event)
 {
-    // Shown for the first time at no size of its caller's choosing: the
-    // form's 1640 x 960, or the screen's free area where that is smaller
+    if (!sizeChosen && !event->spontaneous()) {
+        sizeChosen = true;
+        if (!testAttribute(Qt::WA_Resized))
+            ChooseSize();
+        if (QWindow *shown = windowHandle())
+            connect(shown, &QWindow::screenChanged, this, &MainWindow::ScreenChanged);
+    }
+    QMainWindow::showEvent(event);
+}
+
+void MainWindow::ChooseSize()
+{
+    // The form's 1640 x 960, or the screen's free area where that is smaller
     // (a laptop, or a screen scaled to 125 % or more), then maximised, so
     // that a window manager fits its frame in too. (The offscreen platform
     // of the tests has no window manager; it would take maximised as its
     // whole 800 x 600 screen, whatever size is asked for later.)
-    if (!sizeChosen && !event->spontaneous()) {
-        sizeChosen = true;
-        const QScreen *shownOn = screen();
-        if (!testAttribute(Qt::WA_Resized) && shownOn) {
-            const QRect free = shownOn->availableGeometry();
-            if (free.width() < kFullWindowSize.width() || free.height() < kFullWindowSize.height()) {
-                resize(kFullWindowSize.boundedTo(free.size()).expandedTo(kMinimumWindowSize));
-                if (!testAttribute(Qt::WA_Moved))
-                    move(free.topLeft());
-                if (QGuiApplication::platformName() != "offscreen")
-                    setWindowState(windowState() | Qt::WindowMaximized);
-            } else {
-                resize(kFullWindowSize);
-            }
-        }
+    const QScreen *shownOn = screen();
+    const QRect free = shownOn ? shownOn->availableGeometry() : QRect(QPoint(), kFullWindowSize);
+    if (free.width() >= kFullWindowSize.width() && free.height() >= kFullWindowSize.height()) {
+        resize(kFullWindowSize);
+        return;
     }
-    QMainWindow::showEvent(event);
+    resize(kFullWindowSize.boundedTo(free.size()).expandedTo(kMinimumWindowSize));
+    if (!testAttribute(Qt::WA_Moved))
+        move(free.topLeft());
+    if (QGuiApplication::platformName() != "offscreen")
+        setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+void MainWindow::ScreenChanged()
+{
+    // Another screen may have another scale: icons, map and charts again at
+    // its pixel ratio.
+    LoadIcons();
+    ui->SetDateTimeButton->setIcon(QIcon(menuIcon));
+    lastSize = QSize();
+    QResizeEvent again(size(), size());
+    resizeEvent(&again);
 }
 
 void MainWindow::ShowFirstRunHint()

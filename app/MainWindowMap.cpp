@@ -167,20 +167,7 @@ void MainWindow::mousePressEvent(QMouseEvent *event)
 
 void MainWindow::LoadPixmaps()
 {
-    const qreal ratio = devicePixelRatioF();
-    menuIcon = LoadIcon("/pixmaps/menu-icon.png", ratio);
-    stationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
-    dxStationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
-    moonIcon = LoadIcon("/pixmaps/moon-icon.png", ratio);
-    sunIcon = LoadIcon("/pixmaps/sun-icon.png", ratio);
-    mercuryIcon = LoadIcon("/pixmaps/mercury-icon.png", ratio);
-    venusIcon = LoadIcon("/pixmaps/venus-icon.png", ratio);
-    marsIcon = LoadIcon("/pixmaps/mars-icon.png", ratio);
-    jupiterIcon = LoadIcon("/pixmaps/jupiter-icon.png", ratio);
-    saturnIcon = LoadIcon("/pixmaps/saturn-icon.png", ratio);
-    uranusIcon = LoadIcon("/pixmaps/uranus-icon.png", ratio);
-    neptuneIcon = LoadIcon("/pixmaps/neptune-icon.png", ratio);
-    plutoIcon = LoadIcon("/pixmaps/pluto-icon.png", ratio);
+    LoadIcons();
     topoMaster = LoadImage("/pixmaps/nasa-topo_1600.jpg");
     if (topoMaster.isNull())
         return; // no map: it stays blank
@@ -215,6 +202,24 @@ void MainWindow::LoadPixmaps()
     ui->StarChart1->setVisible(overlaySettings.StarChartOverlay);
     ui->StarChart2->setVisible(overlaySettings.StarChartOverlay);
     loadingPixmaps = false;
+}
+
+void MainWindow::LoadIcons()
+{
+    const qreal ratio = devicePixelRatioF();
+    menuIcon = LoadIcon("/pixmaps/menu-icon.png", ratio);
+    stationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
+    dxStationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
+    moonIcon = LoadIcon("/pixmaps/moon-icon.png", ratio);
+    sunIcon = LoadIcon("/pixmaps/sun-icon.png", ratio);
+    mercuryIcon = LoadIcon("/pixmaps/mercury-icon.png", ratio);
+    venusIcon = LoadIcon("/pixmaps/venus-icon.png", ratio);
+    marsIcon = LoadIcon("/pixmaps/mars-icon.png", ratio);
+    jupiterIcon = LoadIcon("/pixmaps/jupiter-icon.png", ratio);
+    saturnIcon = LoadIcon("/pixmaps/saturn-icon.png", ratio);
+    uranusIcon = LoadIcon("/pixmaps/uranus-icon.png", ratio);
+    neptuneIcon = LoadIcon("/pixmaps/neptune-icon.png", ratio);
+    plutoIcon = LoadIcon("/pixmaps/pluto-icon.png", ratio);
 }
 
 void MainWindow::MakeMapImages()

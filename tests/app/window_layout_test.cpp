@@ -160,6 +160,31 @@ TEST_F(WindowSizeTest, BackAtTheFormSizeEveryWidgetIsWhereTheFormPutsIt)
     EXPECT_EQ(Places(ui->centralWidget), Places(form.centralWidget));
 }
 
+TEST_F(WindowSizeTest, ClickAndHoverFollowTheCompactMap)
+{
+    Open("");
+    window->resize(1366, 768);
+    QApplication::processEvents();
+    const QRect map = ui->WorldMap->geometry();
+    ASSERT_GT(map.left(), 20); // centred, not at the form's place
+    EXPECT_EQ(window->baseMapPixmap().size(), map.size());
+    // Map pixel (w / 2, h / 4): longitude 0 (w = 2h is even), latitude 45
+    // less under one pixel's 180 / h degrees: square JN05.
+    const QPoint at = ui->centralWidget->geometry().topLeft() + map.topLeft()
+                      + QPoint(map.width() / 2, map.height() / 4);
+    QMouseEvent press(QEvent::MouseButtonPress, at, at, Qt::LeftButton, Qt::LeftButton,
+                      Qt::NoModifier);
+    QApplication::sendEvent(window.get(), &press);
+    EXPECT_EQ(Text(ui->DxGrid).substr(0, 4), "JN05");
+    EXPECT_EQ(Text(ui->DxLongitude), "0.00");
+    EXPECT_NEAR(ui->DxLatitude->text().toDouble(), 45.0, 180.0 / map.height());
+    // The hover box is pulled in from the compact map's right edge.
+    const QPoint right = at + QPoint(map.width() / 2 - 5, 0);
+    QMouseEvent move(QEvent::MouseMove, right, right, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(window.get(), &move);
+    EXPECT_EQ(window->hoverRect().left(), map.right() - 140);
+}
+
 TEST_F(WindowSizeTest, FirstRunHintOpensTheHomeStationAndGoesOnceSaved)
 {
     Open(nullptr); // no settings file
