@@ -18,6 +18,17 @@
 
 using namespace lunaquill;
 
+namespace {
+
+// The menu button's icon: eight tenths of the button each way.
+void FitIconToButton(QPushButton *button)
+{
+    const QSize size = button->size();
+    button->setIconSize(QSize(size.width() * 8 / 10, size.height() * 8 / 10));
+}
+
+} // namespace
+
 void MainWindow::ApplyStyles()
 {
     for (QWidget *w : {(QWidget *)ui->centralWidget, (QWidget *)ui->Rect1Frame,
@@ -50,8 +61,7 @@ void MainWindow::ApplyStyles()
         w->setStyleSheet(kGrayStyle);
 
     ui->SetDateTimeButton->setIcon(QIcon(menuIcon));
-    const QSize button = ui->SetDateTimeButton->size();
-    ui->SetDateTimeButton->setIconSize(QSize(button.width() * 8 / 10, button.height() * 8 / 10));
+    FitIconToButton(ui->SetDateTimeButton);
 }
 
 namespace {
@@ -190,8 +200,7 @@ void MainWindow::RestoreForm()
     }
     latStripRect = ui->LatitudeFrameR->geometry();
     lngStripRect = ui->LongitudeFrame->geometry();
-    const QSize button = ui->SetDateTimeButton->size();
-    ui->SetDateTimeButton->setIconSize(QSize(button.width() * 8 / 10, button.height() * 8 / 10));
+    FitIconToButton(ui->SetDateTimeButton);
     compactLayout = false;
 }
 
@@ -204,10 +213,9 @@ void MainWindow::LayOutCompact()
             if (place.widget == frames[i])
                 panels[i] = {place.geometry.size(), kPanelMinimumScaleX[i]};
     }
-    // Before the window is shown its central widget has no size of its own.
-    QSize central = ui->centralWidget->size();
-    if (!ui->centralWidget->testAttribute(Qt::WA_WState_Created) || central.width() != width())
-        central = QSize(width(), height() - ui->menuBar->sizeHint().height());
+    // The window under its menu bar (the central widget itself may not have
+    // been given its new size yet).
+    const QSize central(width(), height() - ui->menuBar->sizeHint().height());
     const CompactLayout layout = lunaquill::LayOutCompact(central, panels);
     if (layout.rows == 0) {
         LayOutFull(); // below the minimum size: the form as it stands
@@ -244,8 +252,7 @@ void MainWindow::LayOutCompact()
             place.widget->setFont(font);
         }
     }
-    const QSize button = ui->SetDateTimeButton->size();
-    ui->SetDateTimeButton->setIconSize(QSize(button.width() * 8 / 10, button.height() * 8 / 10));
+    FitIconToButton(ui->SetDateTimeButton);
 }
 
 void MainWindow::PlaceCharts()
