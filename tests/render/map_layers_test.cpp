@@ -276,9 +276,12 @@ TEST(Projection, HalfSpaceRuleFloorsAndAsymmetricMouseCorrections)
     }
 }
 
-QImage Shade(int width, int height, double latitude, double longitude, double strength)
+// `ratio`: a layer of a scaled screen, shaded pixel for pixel all the same.
+QImage Shade(int width, int height, double latitude, double longitude, double strength,
+             qreal ratio = 1.0)
 {
     QPixmap layer(width, height);
+    layer.setDevicePixelRatio(ratio);
     layer.fill(Qt::red); // every pixel must be overwritten
     CreateShadeOverlay(layer, latitude, longitude, strength);
     return layer.toImage().convertToFormat(QImage::Format_RGB32);
@@ -341,6 +344,7 @@ TEST(ShadeOverlay, EqualsTheFormulaBitForBit)
     CreateShadeOverlay(empty, 0.0, 0.0, 10.0);
     EXPECT_TRUE(empty.isNull() && ShadeColumnTableWidth() == 0);
     EXPECT_EQ(Shade(20, 4, 0.0, 0.0, 10.0), FormulaShade(20, 4, 0.0, 0.0, 10.0));
+    EXPECT_EQ(Shade(64, 32, 23.4, -120.5, 8.0, 2.0), FormulaShade(64, 32, 23.4, -120.5, 8.0));
 }
 
 } // namespace
