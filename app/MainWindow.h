@@ -195,7 +195,7 @@ private:
     // stand, the overlays and every panel figure at the next tick.
     void DialogAccepted();
     // Save a settings group; a save that fails is reported in the window.
-    void SaveHomeSettings();
+    bool SaveHomeSettings(); // false: not saved (and reported)
     void SaveOverlaySettings();
     void ShowSaveFailure(const QString &error);
     void RebuildOverlays();

@@ -17,17 +17,18 @@
 
 #include "render/OverlaysDialog.h"
 
-#include <QFileInfo>
 #include <QFrame>
 #include <QMessageBox>
 
 using namespace lunaquill;
 
-void MainWindow::SaveHomeSettings()
+bool MainWindow::SaveHomeSettings()
 {
     QString error;
-    if (SaveHomeData(kSettingsFileName, homeData, &error) != 0)
-        ShowSaveFailure(error);
+    if (SaveHomeData(kSettingsFileName, homeData, &error) == 0)
+        return true;
+    ShowSaveFailure(error);
+    return false;
 }
 
 void MainWindow::SaveOverlaySettings()
@@ -63,9 +64,8 @@ bool MainWindow::HomeStation()
 {
     HomeStationDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeSettings();
         // The first-run hint has done its work once the station is on disk.
-        if (homeStationHint && QFileInfo::exists(SettingsPath(kSettingsFileName))) {
+        if (SaveHomeSettings() && homeStationHint) {
             homeStationHint->hide();
             homeStationHint->deleteLater();
             homeStationHint = nullptr;
