@@ -299,23 +299,32 @@ void MainWindow::CreateScreenOverlay()
     // Painted as an image: the star layer blends its thousands of tiny discs
     // straight into the pixels.
     QImage canvas = baseMap.toImage();
-    QPainter painter(&canvas);
-    // On a scaled screen the soft layers are stretched and the icons' sharp
-    // drawings fitted to its pixels.
-    if (canvas.devicePixelRatio() != 1.0)
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const qreal ratio = canvas.devicePixelRatio();
     const OverlaySettings &on = overlaySettings;
 
     if (on.SkyNoiseOverlay && !skyLayer.isNull()) {
-        painter.setOpacity(0.4);
-        painter.drawPixmap(0, 0, skyLayer);
+        QPainter sky(&canvas);
+        sky.setRenderHint(QPainter::SmoothPixmapTransform, ratio != 1.0); // stretched if scaled
+        sky.setOpacity(0.4);
+        sky.drawPixmap(0, 0, skyLayer);
     }
     if (on.StarsOverlay) {
-        painter.setBrush(QBrush(Qt::lightGray, Qt::SolidPattern));
-        painter.setOpacity(0.5);
+        // In the canvas's own pixels whatever the screen's scale: discs of
+        // whole pixels, blended straight into them (a scaled painter would
+        // draw each of the thousands as a path, twenty times slower).
+        canvas.setDevicePixelRatio(1.0);
+        QPainter stars(&canvas);
+        stars.setBrush(QBrush(Qt::lightGray, Qt::SolidPattern));
+        stars.setOpacity(0.5);
+        const SkyView view = SkyViewOf(canvas.rect());
         for (int c = 0; c < 88; ++c)
-            DrawMapStars(painter, c);
+            DrawConstellationObjects(stars, view, c, on.StarsMagnitude);
+        stars.end();
+        canvas.setDevicePixelRatio(ratio);
     }
+    QPainter painter(&canvas);
+    // On a scaled screen the icons' sharp drawings are fitted to its pixels.
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, ratio != 1.0);
     if (on.ConstellationsOverlay) {
         painter.setOpacity(1.0);
         painter.setPen(Qt::black);
