@@ -6,11 +6,14 @@
 #include "PanelText.h"
 #include "Settings.h"
 #include "StationControl.h"
+#include "WindowLayout.h"
 #include "ui_MainWindow.h"
 
 #include "render/StarChartRenderer.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
+
+#include <QFileInfo>
 
 using namespace lunaquill;
 
@@ -33,8 +36,13 @@ MainWindow::MainWindow(QWidget *parent)
 {
     ui->setupUi(this);
     setWindowTitle(Printf("%s", "Q9QQ Lunaquill v1.05 Feb 28, 2025"));
-    setMinimumSize(1640, 960);
+    // The size is chosen when the window is first shown, for its screen,
+    // unless the caller sets one before (see showEvent).
+    setAttribute(Qt::WA_Resized, false);
+    setMinimumSize(kMinimumWindowSize);
+    RememberForm();
 
+    const bool firstRun = !QFileInfo::exists(SettingsPath(kSettingsFileName));
     LoadHomeData(kSettingsFileName, homeData);
     LoadOverlays(kSettingsFileName, overlaySettings);
     if (homeData.grid[0] != '\0')
@@ -107,6 +115,9 @@ MainWindow::MainWindow(QWidget *parent)
     // idle and the charts show the plain dial.
     starChartRenderer = new StarChartRenderer(this);
     starChartRenderer->initialise();
+
+    if (firstRun)
+        ShowFirstRunHint();
 
     connect(&displayTimer, SIGNAL(timeout()), this, SLOT(TimerEvent()));
     displayTimer.start(10);

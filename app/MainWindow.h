@@ -11,6 +11,7 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
 #include <QMainWindow>
 #include <QMouseEvent>
 #include <QOpenGLFunctions>
@@ -24,6 +25,9 @@
 #include <QString>
 #include <QTimer>
 
+#include <vector>
+
+class QFrame;
 class QMessageBox;
 namespace Ui {
 class MainWindow;
@@ -63,6 +67,8 @@ public:
     const QPixmap &moonShadePixmap() const { return moonShade; }
     const QPixmap &skyLayerPixmap() const { return skyLayer; }
     void requestForceRefresh() { forceRefresh = true; }
+    // The first-run hint (no settings file yet); null once it has gone.
+    QFrame *firstRunHint() const { return homeStationHint; }
 
 public slots:
     // The method-index order of these 61 slots is fixed; keep it.
@@ -172,7 +178,6 @@ private:
     QPixmap neptuneIcon;
     QPixmap uranusIcon;
     QPixmap plutoIcon;
-    QPixmap dialScaled;
     QPixmap dialMaster;
     QPixmap dxStationIcon;
 
@@ -201,7 +206,7 @@ private:
     // overlays at the next tick.
     void ShowChanges();
     // Save a settings group; a save that fails is reported in the window.
-    void SaveHomeSettings();
+    bool SaveHomeSettings(); // false: not saved (and reported)
     void SaveOverlaySettings();
     void ShowSaveFailure(const QString &error);
     void RebuildOverlays();
@@ -214,4 +219,27 @@ private:
     bool MapPointFromMouse(QPoint windowPosition, double &latitude, double &longitude,
                            char *grid7);
     void ApplyStyles();
+
+    // Window size and layout below the form's own size (1640 x 960).
+    void showEvent(QShowEvent *event) override; // chooses the size when first shown
+    void ChooseSize();
+    void ScreenChanged();
+    void RememberForm();
+    void RestoreForm();
+    void LayOutFull();
+    void LayOutCompact();
+    void PlaceCharts();
+    void LoadIcons();
+    void MakeMapImages();
+    void ShowFirstRunHint();
+    void PlaceFirstRunHint();
+    struct FormPlace {
+        QWidget *widget;
+        QRect geometry;
+        QFont font;
+    };
+    std::vector<FormPlace> formPlaces; // every widget the layout moves, as the form has it
+    bool compactLayout = false;
+    bool sizeChosen = false;
+    QFrame *homeStationHint = nullptr;
 };

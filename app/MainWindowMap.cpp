@@ -40,6 +40,27 @@ QPixmap LoadImage(const char *name)
     return QPixmap(ImageRoot(QDir::currentPath(), QCoreApplication::applicationDirPath()) + name);
 }
 
+// An icon; on a scaled screen its "@2x" drawing where there is one, so that
+// it is drawn sharp (the painter shows it at the icon's own size).
+QPixmap LoadIcon(const char *name, qreal ratio)
+{
+    if (ratio > 1.0) {
+        QPixmap sharp = LoadImage(QByteArray(name).replace(".png", "@2x.png").constData());
+        if (!sharp.isNull()) {
+            sharp.setDevicePixelRatio(2.0);
+            return sharp;
+        }
+    }
+    return LoadImage(name);
+}
+
+// Where an icon goes so that its centre lies on `p`.
+QPoint IconCorner(const QPoint &p, const QPixmap &icon)
+{
+    const QSizeF size = icon.deviceIndependentSize();
+    return p - QPoint(int(size.width()) / 2, int(size.height()) / 2);
+}
+
 // The map as the sky layers see it, at the displayed instant.
 SkyView SkyViewOf(const QRect &map)
 {
@@ -151,19 +172,7 @@ void MainWindow::mousePressEvent(QMouseEvent *event)
 
 void MainWindow::LoadPixmaps()
 {
-    menuIcon = LoadImage("/pixmaps/menu-icon.png");
-    stationIcon = LoadImage("/pixmaps/dish-icon.png");
-    dxStationIcon = LoadImage("/pixmaps/dish-icon.png");
-    moonIcon = LoadImage("/pixmaps/moon-icon.png");
-    sunIcon = LoadImage("/pixmaps/sun-icon.png");
-    mercuryIcon = LoadImage("/pixmaps/mercury-icon.png");
-    venusIcon = LoadImage("/pixmaps/venus-icon.png");
-    marsIcon = LoadImage("/pixmaps/mars-icon.png");
-    jupiterIcon = LoadImage("/pixmaps/jupiter-icon.png");
-    saturnIcon = LoadImage("/pixmaps/saturn-icon.png");
-    uranusIcon = LoadImage("/pixmaps/uranus-icon.png");
-    neptuneIcon = LoadImage("/pixmaps/neptune-icon.png");
-    plutoIcon = LoadImage("/pixmaps/pluto-icon.png");
+    LoadIcons();
     topoMaster = LoadImage("/pixmaps/nasa-topo_1600.jpg");
     if (topoMaster.isNull())
         return; // no map: it stays blank
@@ -174,9 +183,10 @@ void MainWindow::LoadPixmaps()
     qDebug("Screen size is (%d x %d)", windowRect.width(), windowRect.height());
     qDebug("Screen Geometry (%d,%d to %d,%d)", windowRect.left(), windowRect.top(),
            windowRect.right(), windowRect.bottom());
-    const QRect map = ui->WorldMap->geometry();
-    qDebug("WorldMap size is: (%d x %d)", map.width(), map.height());
-    qDebug("WorldMap Geometry (%d,%d to %d,%d)", map.left(), map.top(), map.right(), map.bottom());
+    mapRect = ui->WorldMap->geometry();
+    qDebug("WorldMap size is: (%d x %d)", mapRect.width(), mapRect.height());
+    qDebug("WorldMap Geometry (%d,%d to %d,%d)", mapRect.left(), mapRect.top(), mapRect.right(),
+           mapRect.bottom());
     latStripRect = ui->LatitudeFrameR->geometry();
     qDebug("Lat labels size is: (%d x %d)", latStripRect.width(), latStripRect.height());
     qDebug("Lat labels Geometry (%d,%d to %d,%d)", latStripRect.left(), latStripRect.top(),
@@ -186,27 +196,54 @@ void MainWindow::LoadPixmaps()
     qDebug("Lng labels Geometry (%d,%d to %d,%d)", lngStripRect.left(), lngStripRect.top(),
            lngStripRect.right(), lngStripRect.bottom());
 
-    baseMap = topoMaster.scaled(map.size(), Qt::IgnoreAspectRatio, Qt::FastTransformation);
-    sunShade = baseMap;
-    moonShade = baseMap;
     skyNoiseMaster = LoadImage("/pixmaps/skynoise_1600.png");
-    if (!skyNoiseMaster.isNull())
-        scaledSkyNoise = skyNoiseMaster.scaled(map.size(), Qt::IgnoreAspectRatio,
-                                               Qt::FastTransformation);
-    skyLayer = QPixmap(map.size());
-    skyLayer.fill(Qt::black);
-    screenOverlay = QPixmap(map.size());
-    DrawMapOverlay();
+    MakeMapImages();
     ui->WorldMap->setPixmap(baseMap);
     ui->WorldMap->show();
 
     dialMaster = LoadImage("/pixmaps/dial.png");
-    if (!dialMaster.isNull())
-        dialScaled = SkyDial(ui->StarChart1->size(), devicePixelRatioF()); // drawn, not scaled
+    PlaceCharts();
     ui->WorldMap->setVisible(!overlaySettings.StarChartOverlay);
     ui->StarChart1->setVisible(overlaySettings.StarChartOverlay);
     ui->StarChart2->setVisible(overlaySettings.StarChartOverlay);
     loadingPixmaps = false;
+}
+
+void MainWindow::LoadIcons()
+{
+    const qreal ratio = devicePixelRatioF();
+    menuIcon = LoadIcon("/pixmaps/menu-icon.png", ratio);
+    stationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
+    dxStationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
+    moonIcon = LoadIcon("/pixmaps/moon-icon.png", ratio);
+    sunIcon = LoadIcon("/pixmaps/sun-icon.png", ratio);
+    mercuryIcon = LoadIcon("/pixmaps/mercury-icon.png", ratio);
+    venusIcon = LoadIcon("/pixmaps/venus-icon.png", ratio);
+    marsIcon = LoadIcon("/pixmaps/mars-icon.png", ratio);
+    jupiterIcon = LoadIcon("/pixmaps/jupiter-icon.png", ratio);
+    saturnIcon = LoadIcon("/pixmaps/saturn-icon.png", ratio);
+    uranusIcon = LoadIcon("/pixmaps/uranus-icon.png", ratio);
+    neptuneIcon = LoadIcon("/pixmaps/neptune-icon.png", ratio);
+    plutoIcon = LoadIcon("/pixmaps/pluto-icon.png", ratio);
+}
+
+void MainWindow::MakeMapImages()
+{
+    const QSize map = ui->WorldMap->size();
+    // The base map and the shades in the screen's own pixels, so that the
+    // grid, the texts, the stars and the icons over them are drawn sharp on
+    // a scaled screen; the sky noise is soft and stays at the map's size.
+    const qreal ratio = devicePixelRatioF();
+    baseMap = topoMaster.scaled(map * ratio, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    baseMap.setDevicePixelRatio(ratio);
+    sunShade = baseMap;
+    moonShade = baseMap;
+    if (!skyNoiseMaster.isNull())
+        scaledSkyNoise = skyNoiseMaster.scaled(map, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    skyLayer = QPixmap(map);
+    skyLayer.fill(Qt::black);
+    screenOverlay = QPixmap(map);
+    DrawMapOverlay();
 }
 
 void MainWindow::DrawMapOverlay()
@@ -221,7 +258,8 @@ void MainWindow::DrawMapOverlay()
 
 void MainWindow::DrawLatitudeLabels()
 {
-    const QPixmap labels = LatitudeLabels(ui->LatitudeFrameR->size(), ui->WorldMap->height());
+    const QPixmap labels = LatitudeLabels(ui->LatitudeFrameR->size(), ui->WorldMap->height(),
+                                          devicePixelRatioF());
     ui->LatitudeFrameR->setPixmap(labels);
     ui->LatitudeFrameL->setPixmap(labels);
     ui->LatitudeFrameR->update();
@@ -232,7 +270,7 @@ void MainWindow::DrawLongitudeLabels()
 {
     ui->LongitudeFrame->setPixmap(LongitudeLabels(ui->LongitudeFrame->size(),
                                                   ui->WorldMap->width(),
-                                                  overlaySettings.MapOffset));
+                                                  overlaySettings.MapOffset, devicePixelRatioF()));
     ui->LongitudeFrame->update();
 }
 
@@ -266,19 +304,32 @@ void MainWindow::CreateScreenOverlay()
     // Painted as an image: the star layer blends its thousands of tiny discs
     // straight into the pixels.
     QImage canvas = baseMap.toImage();
-    QPainter painter(&canvas);
+    const qreal ratio = canvas.devicePixelRatio();
     const OverlaySettings &on = overlaySettings;
 
     if (on.SkyNoiseOverlay && !skyLayer.isNull()) {
-        painter.setOpacity(0.4);
-        painter.drawPixmap(0, 0, skyLayer);
+        QPainter sky(&canvas);
+        sky.setRenderHint(QPainter::SmoothPixmapTransform, ratio != 1.0); // stretched if scaled
+        sky.setOpacity(0.4);
+        sky.drawPixmap(0, 0, skyLayer);
     }
     if (on.StarsOverlay) {
-        painter.setBrush(QBrush(Qt::lightGray, Qt::SolidPattern));
-        painter.setOpacity(0.5);
+        // In the canvas's own pixels whatever the screen's scale: discs of
+        // whole pixels, blended straight into them (a scaled painter would
+        // draw each of the thousands as a path, twenty times slower).
+        canvas.setDevicePixelRatio(1.0);
+        QPainter stars(&canvas);
+        stars.setBrush(QBrush(Qt::lightGray, Qt::SolidPattern));
+        stars.setOpacity(0.5);
+        const SkyView view = SkyViewOf(canvas.rect());
         for (int c = 0; c < 88; ++c)
-            DrawMapStars(painter, c);
+            DrawConstellationObjects(stars, view, c, on.StarsMagnitude);
+        stars.end();
+        canvas.setDevicePixelRatio(ratio);
     }
+    QPainter painter(&canvas);
+    // On a scaled screen the icons' sharp drawings are fitted to its pixels.
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, ratio != 1.0);
     if (on.ConstellationsOverlay) {
         painter.setOpacity(1.0);
         painter.setPen(Qt::black);
@@ -330,7 +381,7 @@ void MainWindow::CreateScreenOverlay()
             continue;
         QPoint p;
         LatLongToPoint(track.subLatitude, track.subLongitude, p);
-        painter.drawPixmap(p.x() - body.icon.width() / 2, p.y() - body.icon.height() / 2, body.icon);
+        painter.drawPixmap(IconCorner(p, body.icon), body.icon);
     }
     if (on.FavoriteStationsOverlay)
         DrawFavorites(painter, "Favorites.txt");
@@ -347,6 +398,8 @@ void MainWindow::DrawMap()
         return;
     QPixmap map = screenOverlay.copy();
     QPainter painter(&map);
+    if (map.devicePixelRatio() != 1.0)
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setPen(Qt::black);
 
     auto drawStation = [&](const QPixmap &icon, double latitude, double longitude) {
@@ -354,7 +407,7 @@ void MainWindow::DrawMap()
             return;
         QPoint p;
         LatLongToPoint(latitude, longitude, p);
-        painter.drawPixmap(p.x() - icon.width() / 2, p.y() - icon.height() / 2, icon);
+        painter.drawPixmap(IconCorner(p, icon), icon);
     };
     if (homeStationSet)
         drawStation(stationIcon, homeData.latitude, homeData.longitude);
@@ -447,7 +500,7 @@ void MainWindow::DrawStarChart1()
         return;
     ui->WorldMap->hide();
     const double roll = MapRollDegrees(ui->WorldMap->width(), overlaySettings.MapOffset);
-    DrawChart(ui->StarChart1, !dialScaled.isNull(), *starChartRenderer, screenOverlay, homeStationSet,
+    DrawChart(ui->StarChart1, !dialMaster.isNull(), *starChartRenderer, screenOverlay, homeStationSet,
               homeData.latitude, homeData.longitude + roll);
 }
 
@@ -457,6 +510,6 @@ void MainWindow::DrawStarChart2()
         return;
     ui->WorldMap->hide();
     const double roll = MapRollDegrees(ui->WorldMap->width(), overlaySettings.MapOffset);
-    DrawChart(ui->StarChart2, !dialScaled.isNull(), *starChartRenderer, screenOverlay, dxStationSet,
+    DrawChart(ui->StarChart2, !dialMaster.isNull(), *starChartRenderer, screenOverlay, dxStationSet,
               dxStation.latitude, dxStation.longitude + roll);
 }

@@ -19,15 +19,18 @@
 
 #include "render/OverlaysDialog.h"
 
+#include <QFrame>
 #include <QMessageBox>
 
 using namespace lunaquill;
 
-void MainWindow::SaveHomeSettings()
+bool MainWindow::SaveHomeSettings()
 {
     QString error;
-    if (SaveHomeData(kSettingsFileName, homeData, &error) != 0)
-        ShowSaveFailure(error);
+    if (SaveHomeData(kSettingsFileName, homeData, &error) == 0)
+        return true;
+    ShowSaveFailure(error);
+    return false;
 }
 
 void MainWindow::SaveOverlaySettings()
@@ -63,7 +66,12 @@ bool MainWindow::HomeStation()
 {
     HomeStationDialog dialog;
     if (dialog.exec() == QDialog::Accepted) {
-        SaveHomeSettings();
+        // The first-run hint has done its work once the station is on disk.
+        if (SaveHomeSettings() && homeStationHint) {
+            homeStationHint->hide();
+            homeStationHint->deleteLater();
+            homeStationHint = nullptr;
+        }
         if (homeData.grid[0] != '\0')
             homeStationSet = 1;
         ShowChanges();

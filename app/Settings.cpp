@@ -188,11 +188,6 @@ int SaveResult(const char *fileName, const QString &reason, QString *error)
 
 } // namespace
 
-QString SettingsFolder()
-{
-    return QDir::homePath() + "/AppData/Roaming/Lunaquill/";
-}
-
 QString SettingsPath(const char *fileName)
 {
     return SettingsFolder() + QString::fromLocal8Bit(fileName ? fileName : "");

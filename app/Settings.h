@@ -1,10 +1,11 @@
-// The settings file: <home>/AppData/Roaming/Lunaquill/<file>, ini format, with
+// The settings file: <settings folder>/<file>, ini format, with
 // the groups HOME_DATA (home station, frequency, tracked source) and OVERLAYS
 // (what the map and the star charts show), STATION_CONTROL (the rotator and
 // radio links), WSJTX (the listener for WSJT-X's UDP messages). Each load fills the whole record,
 // each save writes the whole group back; other keys of the file are kept.
 #pragma once
 
+#include "tracking/SettingsFolder.h"
 #include "tracking/SharedState.h"
 
 #include <QString>
@@ -14,8 +15,6 @@ namespace lunaquill {
 // The one file name every caller uses.
 inline constexpr const char *kSettingsFileName = "Lunaquill.ini";
 
-// <home>/AppData/Roaming/Lunaquill/ (used as it stands on every platform).
-QString SettingsFolder();
 // The settings folder followed by the file name.
 QString SettingsPath(const char *fileName);
 

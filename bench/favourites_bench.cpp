@@ -6,6 +6,7 @@
 // overlay rebuild does.
 #include "app/FavoritesDialog.h"
 #include "app/MainWindow.h"
+#include "tracking/SettingsFolder.h"
 
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
@@ -28,8 +29,8 @@ MainWindow *window;
 // 500 stations on a spread of locators over the whole globe.
 void WriteList(const char *name)
 {
-    QDir().mkpath(QDir::homePath() + "/AppData/Roaming/Lunaquill");
-    QFile file(QDir::homePath() + "/AppData/Roaming/Lunaquill/" + name);
+    QDir().mkpath(SettingsFolder());
+    QFile file(SettingsFolder() + name);
     if (!file.open(QIODevice::WriteOnly))
         abort();
     for (int i = 0; i < FavoriteCapacity; ++i) {
@@ -95,6 +96,7 @@ int main(int argc, char **argv)
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QTemporaryDir home;
     setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    unsetenv("XDG_CONFIG_HOME"); // settings in <home>/.config/Lunaquill/, not a real profile
     QDir::setCurrent(LUNAQUILL_SOURCE_DIR);
     QApplication application(argc, argv);
     WriteList("Eme144M.txt");

@@ -85,6 +85,7 @@ int main(int argc, char **argv)
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QTemporaryDir home;
     setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    unsetenv("XDG_CONFIG_HOME"); // settings in <home>/.config/Lunaquill/, not a real profile
     QDir::setCurrent(LUNAQUILL_SOURCE_DIR); // the images are in pixmaps/ there
     QApplication application(argc, argv);
     WriteSettings(charts);

@@ -111,6 +111,7 @@ int main(int argc, char **argv)
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QTemporaryDir home;
     setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    unsetenv("XDG_CONFIG_HOME"); // settings in <home>/.config/Lunaquill/, not a real profile
     // The images are found in pixmaps/ below the source folder.
     QDir::setCurrent(LUNAQUILL_SOURCE_DIR);
     QApplication application(argc, argv);

@@ -81,6 +81,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
     static QTemporaryDir home(
         QString::fromStdString(fuzz::ScratchFolder() + "/lunaquill-home-XXXXXX"));
     setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    unsetenv("XDG_CONFIG_HOME"); // settings in <home>/.config/Lunaquill/, not a real profile
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     static QApplication application(*argc, *argv);
     QDir().mkpath(SettingsFolder());

@@ -9,6 +9,7 @@
 #include <QPoint>
 #include <QRect>
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -32,10 +33,16 @@ RolledPieces RollAt(int width, int height, int split)
                         QRect(QPoint(width - split, 0), QPoint(width, height))};
 }
 
+// The pieces are cut in the source's own pixels, which a source made for a
+// scaled screen has `ratio` of to each of the painter's.
 void DrawPieces(QPainter &painter, const QPixmap &source, const RolledPieces &pieces)
 {
-    painter.drawPixmap(pieces.firstTarget, source, pieces.firstSource);
-    painter.drawPixmap(pieces.secondTarget, source, pieces.secondSource);
+    const qreal ratio = source.devicePixelRatio();
+    auto pixels = [ratio](const QRect &r) {
+        return QRectF(r.x() * ratio, r.y() * ratio, r.width() * ratio, r.height() * ratio);
+    };
+    painter.drawPixmap(QRectF(pieces.firstTarget), source, pixels(pieces.firstSource));
+    painter.drawPixmap(QRectF(pieces.secondTarget), source, pixels(pieces.secondSource));
 }
 
 bool SplitInsideMap(int split, int width)
@@ -85,6 +92,8 @@ void DrawBaseMap(QPixmap &baseMap, const QPixmap &topoMaster, int mapOffset, boo
 {
     if (baseMap.isNull() || topoMaster.isNull())
         return;
+    // Drawn in the map's own pixels, its pixel ratio set again at the end.
+    const qreal ratio = baseMap.devicePixelRatio();
     const int width = baseMap.width();
     const int height = baseMap.height();
     baseMap = topoMaster.scaled(width, height, Qt::IgnoreAspectRatio, Qt::FastTransformation);
@@ -117,6 +126,8 @@ void DrawBaseMap(QPixmap &baseMap, const QPixmap &topoMaster, int mapOffset, boo
             painter.drawLine(x, map.top() + 1, x, map.bottom() - 1);
         }
     }
+    painter.end();
+    baseMap.setDevicePixelRatio(ratio);
 }
 
 QString LatitudeLabelText(int value)
@@ -139,9 +150,21 @@ QString LongitudeLabelText(int i, int mapOffset)
     return QString::asprintf("%02lldh", hour);
 }
 
-QPixmap LatitudeLabels(QSize labelSize, int mapHeight)
+namespace {
+
+// A black scale of `size` with `ratio` pixels to each of the label's.
+QPixmap ScalePixmap(QSize size, qreal ratio)
 {
-    QPixmap scale(labelSize);
+    QPixmap scale(size * ratio);
+    scale.setDevicePixelRatio(ratio);
+    return scale;
+}
+
+} // namespace
+
+QPixmap LatitudeLabels(QSize labelSize, int mapHeight, qreal ratio)
+{
+    QPixmap scale = ScalePixmap(labelSize, ratio);
     if (scale.isNull())
         return scale;
     QPainter painter(&scale);
@@ -159,9 +182,9 @@ QPixmap LatitudeLabels(QSize labelSize, int mapHeight)
     return scale;
 }
 
-QPixmap LongitudeLabels(QSize labelSize, int mapWidth, int mapOffset)
+QPixmap LongitudeLabels(QSize labelSize, int mapWidth, int mapOffset, qreal ratio)
 {
-    QPixmap scale(labelSize);
+    QPixmap scale = ScalePixmap(labelSize, ratio);
     if (scale.isNull())
         return scale;
     QPainter painter(&scale);
@@ -182,7 +205,8 @@ void DrawRolled(QPainter &painter, const QPixmap &layer, int mapWidth, int mapOf
         painter.drawPixmap(0, 0, layer);
         return;
     }
-    DrawPieces(painter, layer, RollAt(mapWidth, layer.height(), split));
+    const int height = int(std::lround(layer.height() / layer.devicePixelRatio()));
+    DrawPieces(painter, layer, RollAt(mapWidth, height, split));
 }
 
 void RollSkyOverlay(QPixmap &target, const QPixmap &source, int column, int sagittariusX,

@@ -24,7 +24,8 @@ int OverlayRollSplit(int width, int mapOffset);
 // screen: 17 latitude lines (the equator light grey, the others dark grey)
 // and 23 longitude lines (Greenwich light grey). Does nothing when the base
 // map or the master is null. Offsets whose split falls outside the map are
-// not rolled.
+// not rolled. A base map of a scaled screen (device pixel ratio above 1) is
+// drawn in its own pixels, so its grid lines are one screen pixel wide.
 void DrawBaseMap(QPixmap &baseMap, const QPixmap &topoMaster, int mapOffset, bool latitudeLines,
                  bool longitudeLines);
 
@@ -37,11 +38,13 @@ QString LongitudeLabelText(int i, int mapOffset);
 // The latitude scale (+90 at the top to -90 at the bottom, every 10 degrees)
 // and the hour scale, white on black, for labels of labelSize beside and
 // below a map of the given height or width. A null pixmap for an empty size.
-QPixmap LatitudeLabels(QSize labelSize, int mapHeight);
-QPixmap LongitudeLabels(QSize labelSize, int mapWidth, int mapOffset);
+// Drawn with `ratio` pixels to each of the label's (a scaled screen's).
+QPixmap LatitudeLabels(QSize labelSize, int mapHeight, qreal ratio = 1.0);
+QPixmap LongitudeLabels(QSize labelSize, int mapWidth, int mapOffset, qreal ratio = 1.0);
 
 // Draws a map-sized layer rolled by the map offset, as the base map is
-// rolled, both pieces cut from the layer itself (full layer height).
+// rolled, both pieces cut from the layer itself (full layer height), at
+// whatever pixel ratio the layer has.
 // Offsets whose split falls outside the map draw the layer unrolled.
 void DrawRolled(QPainter &painter, const QPixmap &layer, int mapWidth, int mapOffset);
 

@@ -125,6 +125,7 @@ void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, doubl
             line[c] = qRgb(grey, grey, grey);
         }
     }
+    image.setDevicePixelRatio(layer.devicePixelRatio()); // pixel for pixel on a scaled screen
     QPainter painter(&layer);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.drawImage(0, 0, image);

@@ -10,7 +10,7 @@ packages=(
   libqt6sql6-sqlite
   libnova-dev
   libgtest-dev libbenchmark-dev
-  xvfb xauth libgl1-mesa-dri libglx-mesa0 libegl-mesa0
+  xvfb xauth libgl1-mesa-dri libglx-mesa0 libegl-mesa0 openbox
   fonts-dejavu-core
   tzdata
   libhamlib-utils faketime

@@ -1,5 +1,6 @@
 // Draws the map icons (Sun, Moon, planets, station dish, menu) and the sky
-// dial of the star charts.
+// dial of the star charts; the icons also at twice the pixels, as
+// "<name>@2x.png", for scaled screens.
 // Usage: make_icons <out-folder>
 #include "render/SkyDial.h"
 
@@ -16,9 +17,14 @@
 
 namespace {
 
+// Pixels per unit of the drawings below: 2 for the "@2x" images, whose
+// painters then draw the same shapes at twice the detail.
+double canvasRatio = 1.0;
+
 QImage Canvas(int width, int height)
 {
-    QImage image(width, height, QImage::Format_ARGB32);
+    QImage image(int(width * canvasRatio), int(height * canvasRatio), QImage::Format_ARGB32);
+    image.setDevicePixelRatio(canvasRatio);
     image.fill(Qt::transparent);
     return image;
 }
@@ -196,6 +202,8 @@ QImage Dial()
 bool Save(const QImage &image, const QString &folder, const char *name)
 {
     QString path = folder + "/" + name;
+    if (canvasRatio != 1.0)
+        path.replace(".png", QString("@%1x.png").arg(canvasRatio));
     if (image.save(path, "png"))
         return true;
     std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
@@ -216,15 +224,18 @@ int main(int argc, char **argv)
     const QString folder = QString::fromLocal8Bit(argv[1]);
     QDir().mkpath(folder);
 
-    bool ok = Save(Sun(), folder, "sun-icon.png") && Save(Moon(), folder, "moon-icon.png") &&
-              Save(Planet(20, QColor(160, 158, 155)), folder, "mercury-icon.png") &&
-              Save(Planet(20, QColor(240, 225, 165)), folder, "venus-icon.png") &&
-              Save(Planet(20, QColor(215, 90, 45)), folder, "mars-icon.png") &&
-              Save(Jupiter(), folder, "jupiter-icon.png") && Save(Saturn(), folder, "saturn-icon.png") &&
-              Save(Planet(20, QColor(130, 220, 230)), folder, "uranus-icon.png") &&
-              Save(Planet(20, QColor(60, 100, 230)), folder, "neptune-icon.png") &&
-              Save(Planet(16, QColor(165, 145, 125)), folder, "pluto-icon.png") &&
-              Save(Dish(), folder, "dish-icon.png") && Save(Menu(), folder, "menu-icon.png") &&
-              Save(Dial(), folder, "dial.png");
+    bool ok = Save(Dial(), folder, "dial.png");
+    for (double ratio : {1.0, 2.0}) {
+        canvasRatio = ratio;
+        ok = ok && Save(Sun(), folder, "sun-icon.png") && Save(Moon(), folder, "moon-icon.png") &&
+             Save(Planet(20, QColor(160, 158, 155)), folder, "mercury-icon.png") &&
+             Save(Planet(20, QColor(240, 225, 165)), folder, "venus-icon.png") &&
+             Save(Planet(20, QColor(215, 90, 45)), folder, "mars-icon.png") &&
+             Save(Jupiter(), folder, "jupiter-icon.png") && Save(Saturn(), folder, "saturn-icon.png") &&
+             Save(Planet(20, QColor(130, 220, 230)), folder, "uranus-icon.png") &&
+             Save(Planet(20, QColor(60, 100, 230)), folder, "neptune-icon.png") &&
+             Save(Planet(16, QColor(165, 145, 125)), folder, "pluto-icon.png") &&
+             Save(Dish(), folder, "dish-icon.png") && Save(Menu(), folder, "menu-icon.png");
+    }
     return ok ? 0 : 1;
 }

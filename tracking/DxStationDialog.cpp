@@ -4,10 +4,10 @@
 #include "DxStationList.h"
 #include "FieldText.h"
 #include "Maidenhead.h"
+#include "SettingsFolder.h"
 #include "SharedState.h"
 #include "StationEntry.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTableWidgetItem>
 
@@ -36,7 +36,7 @@ DxStationDialog::DxStationDialog(QWidget *parent)
     table->setColumnWidth(GridColumn, 90);
     table->setColumnWidth(LatitudeColumn, 90);
 
-    QString path = QDir::homePath() + "/AppData/Roaming/Lunaquill/" + "DxStations.txt";
+    const QString path = SettingsFolder() + "DxStations.txt";
     // A missing or unreadable list just leaves the table empty.
     ReadDxStations(QFile::encodeName(path).constData());
     FillTable();

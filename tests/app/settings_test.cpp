@@ -90,6 +90,44 @@ TEST(Settings, FirstRunGivesDefaultsAndWritesNothing)
         EXPECT_EQ(overlays.*entry.member, entry.byDefault) << entry.key;
     EXPECT_EQ(overlays.StarsMagnitude * 100 + overlays.MapOffset, 600);
     EXPECT_FALSE(QDir(TestHome() + "/AppData").exists());
+    EXPECT_FALSE(QDir(TestHome() + "/.config").exists());
+}
+
+// The folder of the settings file and every list, in its cases: a new user,
+// XDG_CONFIG_HOME set (a relative one is invalid and ignored), and the folder
+// of earlier versions present, which wins so that nothing is left behind.
+// The file a save writes lands in that folder.
+TEST(Settings, FolderFollowsXdgUnlessTheEarlierFolderExists)
+{
+    const QString home = TestHome();
+    const struct { const char *xdg; bool earlierFolder; QString folder; } cases[] = {
+        {nullptr, false, home + "/.config/Lunaquill/"},
+        {"", false, home + "/.config/Lunaquill/"},
+        {"/CONFIG", false, home + "/xdg/Lunaquill/"},  // "/CONFIG": <home>/xdg
+        {"relative/config", false, home + "/.config/Lunaquill/"},
+        {nullptr, true, home + "/AppData/Roaming/Lunaquill/"},
+        {"/CONFIG", true, home + "/AppData/Roaming/Lunaquill/"},
+    };
+    for (const auto &c : cases) {
+        ClearTestHome();
+        if (c.earlierFolder)
+            QDir().mkpath(home + "/AppData/Roaming/Lunaquill");
+        const QString xdg = c.xdg && QByteArray(c.xdg) == "/CONFIG" ? home + "/xdg" : c.xdg;
+        if (c.xdg)
+            qputenv("XDG_CONFIG_HOME", xdg.toLocal8Bit());
+        else
+            qunsetenv("XDG_CONFIG_HOME");
+        const std::string name = c.xdg ? c.xdg : "(unset)";
+        EXPECT_EQ(lunaquill::SettingsFolder().toStdString(), c.folder.toStdString())
+            << name << (c.earlierFolder ? " with AppData" : "");
+        const std::string file = FreshFile();
+        HomeData saved{};
+        strcpy(saved.grid, "FN42");
+        ASSERT_EQ(SaveHomeData(file.c_str(), saved), 0);
+        EXPECT_TRUE(QFileInfo(c.folder + file.c_str()).isFile()) << name;
+    }
+    qunsetenv("XDG_CONFIG_HOME");
+    ClearTestHome();
 }
 
 TEST(Settings, EachOverlayKeyIsItsOwnMemberBothWays)

@@ -67,6 +67,7 @@ TEST(InstallTree, InstalledProgramShowsTheMapFromAnyFolder)
     lunaquill.setWorkingDirectory(folder.path());
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("HOME", home.path());
+    environment.remove("XDG_CONFIG_HOME");
     lunaquill.setProcessEnvironment(environment);
     lunaquill.start(Path("bin/lunaquill"), {});
     lunaquill.waitForStarted();

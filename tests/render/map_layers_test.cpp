@@ -121,6 +121,44 @@ TEST(Roll, LayersFollowTheMapOffsetAndTheSkySagittarius)
     }
 }
 
+// On a screen scaled to 200 % the layers have two pixels to each of the map's: the pieces are
+// cut in the layer's own pixels (map column 100 is pixels 200-201, and with offset 12 lands on
+// 892, pixels 1784-1785), the base map keeps its ratio and its grid lines are one pixel thick
+// (row trunc(380 / 18) = 21 of a 190-high map), and the scales are made at twice the pixels.
+TEST(Roll, ScaledScreenLayersAreCutInTheirOwnPixels)
+{
+    auto twoWide = [](int column) {
+        QImage image = Striped(3200, 20, column).toImage();
+        for (int y = 0; y < 20; ++y)
+            image.setPixel(column + 1, y, kMarker);
+        QPixmap layer = QPixmap::fromImage(image);
+        layer.setDevicePixelRatio(2.0);
+        return layer;
+    };
+    QPixmap target(3200, 20);
+    target.setDevicePixelRatio(2.0);
+    target.fill(Qt::blue);
+    QPainter painter(&target);
+    DrawRolled(painter, twoWide(200), 1600, 12);
+    painter.end();
+    EXPECT_TRUE(target.toImage().convertToFormat(QImage::Format_RGB32)
+                == twoWide(1784).toImage().convertToFormat(QImage::Format_RGB32));
+
+    QPixmap base(500, 380);
+    base.setDevicePixelRatio(2.0);
+    DrawBaseMap(base, Striped(250, 190, 3), 0, true, false);
+    EXPECT_EQ(base.devicePixelRatio(), 2.0);
+    EXPECT_EQ(base.size(), QSize(500, 380));
+    const QImage grid = base.toImage();
+    EXPECT_EQ(grid.pixel(40, 21), kDarkGray);
+    EXPECT_EQ(grid.pixel(40, 22), kLand);
+    EXPECT_EQ(grid.pixel(40, 20), kLand);
+
+    const QPixmap scale = LatitudeLabels(QSize(20, 100), 100, 2.0);
+    EXPECT_EQ(scale.size(), QSize(40, 200));
+    EXPECT_EQ(scale.devicePixelRatio(), 2.0);
+}
+
 TEST(ScaleLabels, TextsAndTheLastLatitudeInsideTheEdge)
 {
     const struct { int value; const char *text; } latitudes[] = {
@@ -238,9 +276,12 @@ TEST(Projection, HalfSpaceRuleFloorsAndAsymmetricMouseCorrections)
     }
 }
 
-QImage Shade(int width, int height, double latitude, double longitude, double strength)
+// `ratio`: a layer of a scaled screen, shaded pixel for pixel all the same.
+QImage Shade(int width, int height, double latitude, double longitude, double strength,
+             qreal ratio = 1.0)
 {
     QPixmap layer(width, height);
+    layer.setDevicePixelRatio(ratio);
     layer.fill(Qt::red); // every pixel must be overwritten
     CreateShadeOverlay(layer, latitude, longitude, strength);
     return layer.toImage().convertToFormat(QImage::Format_RGB32);
@@ -303,6 +344,7 @@ TEST(ShadeOverlay, EqualsTheFormulaBitForBit)
     CreateShadeOverlay(empty, 0.0, 0.0, 10.0);
     EXPECT_TRUE(empty.isNull() && ShadeColumnTableWidth() == 0);
     EXPECT_EQ(Shade(20, 4, 0.0, 0.0, 10.0), FormulaShade(20, 4, 0.0, 0.0, 10.0));
+    EXPECT_EQ(Shade(64, 32, 23.4, -120.5, 8.0, 2.0), FormulaShade(64, 32, 23.4, -120.5, 8.0));
 }
 
 } // namespace

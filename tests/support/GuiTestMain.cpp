@@ -19,8 +19,8 @@ QString TestHome() { return home; }
 
 QString SettingsFolder()
 {
-    QDir().mkpath(TestHome() + "/AppData/Roaming/Lunaquill/");
-    return TestHome() + "/AppData/Roaming/Lunaquill/";
+    QDir().mkpath(TestHome() + "/.config/Lunaquill/");
+    return TestHome() + "/.config/Lunaquill/";
 }
 
 void ClearTestHome()
@@ -38,6 +38,7 @@ int main(int argc, char **argv)
     QTemporaryDir folder;
     home = folder.path();
     setenv("HOME", home.toLocal8Bit().constData(), 1);
+    unsetenv("XDG_CONFIG_HOME"); // the settings folder is then <home>/.config/Lunaquill/
     if (const char *source = getenv("LUNAQUILL_SOURCE_DIR"))
         QDir::setCurrent(source);
     QApplication app(argc, argv);

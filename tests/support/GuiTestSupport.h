@@ -7,7 +7,7 @@ namespace lunaquill::test {
 
 // The temporary home folder of this test process (settings and lists go there).
 QString TestHome();
-// <home>/AppData/Roaming/Lunaquill/, created.
+// <home>/.config/Lunaquill/ (a new user's settings folder), created.
 QString SettingsFolder();
 void ClearTestHome();
 
