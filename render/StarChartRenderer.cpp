@@ -180,7 +180,11 @@ void StarChartRenderer::prepareTexture(const QPixmap &overlay)
     if (texture && overlay.cacheKey() == textureSource)
         return;
     textureImage = overlay.toImage().mirrored(true, true);
-    texture = std::make_unique<QOpenGLTexture>(textureImage);
+    // Minified to the nearest texel, so only the base level is ever sampled:
+    // a mipmap chain would cost a third more pixels and change nothing.
+    texture = std::make_unique<QOpenGLTexture>(textureImage, mipmapChain
+                                                                 ? QOpenGLTexture::GenerateMipMaps
+                                                                 : QOpenGLTexture::DontGenerateMipMaps);
     texture->setMinificationFilter(QOpenGLTexture::Nearest);
     texture->setMagnificationFilter(QOpenGLTexture::Linear);
     textureSource = overlay.cacheKey();

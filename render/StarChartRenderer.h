@@ -72,6 +72,10 @@ public:
     // back into the target image.
     void draw();
 
+    // Uploads the overlay with a full mipmap chain, as it once was, so that a
+    // test can show the plain upload draws the same pixels.
+    void setMipmapChain(bool on) { mipmapChain = on; textureSource = 0; }
+
     const QMatrix4x4 &modelMatrix() const { return model; }
     const QMatrix4x4 &viewMatrix() const { return view; }
 
@@ -94,6 +98,7 @@ private:
     std::unique_ptr<QOpenGLFramebufferObject> framebuffer;
     qint64 textureSource = 0; // cache key of the pixmap the texture was made from
     bool ready = false;
+    bool mipmapChain = false;
 };
 
 } // namespace lunaquill

@@ -126,6 +126,25 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     QPainter(&overlay).fillRect(overlay.rect(), Qt::white);
     EXPECT_EQ(QColor(render(overlay, -35, 155).pixel(200, 200)), QColor(Qt::white));
 
+    // Minified to the nearest texel, the chart is the same pixel for pixel
+    // without the mipmap chain the overlay was once uploaded with: a map of
+    // single-pixel noise at the window's size, seen from stations all over.
+    QImage noise(1600, 800, QImage::Format_RGB32);
+    uint32_t seed = 12345;
+    for (int y = 0; y < noise.height(); ++y)
+        for (int x = 0; x < noise.width(); ++x) {
+            seed = seed * 1664525u + 1013904223u;
+            noise.setPixel(x, y, qRgb(seed >> 24, (seed >> 16) & 0xff, (seed >> 8) & 0xff));
+        }
+    const QPixmap busy = QPixmap::fromImage(noise);
+    for (const auto &s : {std::pair{0.f, 0.f}, {42.5f, -71.0f}, {-33.9f, 151.2f}, {89.0f, 10.0f},
+                          {-60.0f, -179.5f}}) {
+        renderer->setMipmapChain(true);
+        const QImage chained = render(busy, s.first, s.second);
+        renderer->setMipmapChain(false);
+        EXPECT_EQ(render(busy, s.first, s.second), chained) << s.first << "," << s.second;
+    }
+
     // The window's own: no home station (a first run sets JJ00aa), its position in the Sahara,
     // and every layer off: the overlay is the plain map. The DX station stands in the Sahara
     // too, so a chart turned for the unrolled map would show the Atlantic at its centre.
