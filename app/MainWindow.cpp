@@ -9,11 +9,13 @@
 #include "WindowLayout.h"
 #include "ui_MainWindow.h"
 
+#include "render/ShadeOverlay.h"
 #include "render/StarChartRenderer.h"
 #include "tracking/ComputeSource.h"
 #include "tracking/SharedState.h"
 
 #include <QFileInfo>
+#include <QtConcurrent/QtConcurrentRun>
 
 using namespace lunaquill;
 
@@ -319,12 +321,31 @@ void MainWindow::RefreshPanels()
 
 void MainWindow::RebuildOverlays()
 {
-    if (homeTracks[Sun].valid && overlaySettings.SunShadingOverlay)
-        CreateShadeOverlay(sunShade, homeTracks[Sun].subLatitude, homeTracks[Sun].subLongitude, 10.0);
-    if (homeTracks[Moon].valid && overlaySettings.MoonShadingOverlay)
-        CreateShadeOverlay(moonShade, homeTracks[Moon].subLatitude, homeTracks[Moon].subLongitude, 8.0);
+    // The Sun's and the Moon's shading pictures are pure pixel work: made on
+    // the pool's threads while this thread rolls the sky layer, and laid into
+    // their layers here, before the screen overlay reads them.
+    auto shade = [](const QPixmap &layer, const SourceTrack &body, double strength) {
+        return QtConcurrent::run(ShadeImage, layer.size(), body.subLatitude, body.subLongitude,
+                                 strength);
+    };
+    QFuture<QImage> sunPicture, moonPicture;
+    if (homeTracks[Sun].valid && overlaySettings.SunShadingOverlay
+        && PrepareShadeColumns(sunShade.width()))
+        sunPicture = shade(sunShade, homeTracks[Sun], 10.0);
+    if (homeTracks[Moon].valid && overlaySettings.MoonShadingOverlay) {
+        // The column tables are shared: remade for another width only once
+        // the Sun's picture no longer reads them.
+        if (sunPicture.isValid() && moonShade.width() != sunShade.width())
+            sunPicture.waitForFinished();
+        if (PrepareShadeColumns(moonShade.width()))
+            moonPicture = shade(moonShade, homeTracks[Moon], 8.0);
+    }
     if (homeTracks[SagittariusA].valid)
         CreateSkyOverlay(skyLayer, scaledSkyNoise, skyOverlayParameter);
+    if (sunPicture.isValid())
+        PaintShade(sunShade, sunPicture.result());
+    if (moonPicture.isValid())
+        PaintShade(moonShade, moonPicture.result());
     CreateScreenOverlay();
 }
 

@@ -107,15 +107,22 @@ inline int ShadeGrey(const RowTerms &row, int column)
 
 } // namespace
 
-void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, double strength)
+bool PrepareShadeColumns(int width)
 {
-    const int width = layer.width();
-    const int height = layer.height();
-    if (!PrepareColumnTables(width) || width <= 0 || height <= 0)
-        return;
+    return PrepareColumnTables(width);
+}
+
+QImage ShadeImage(QSize size, double latitude, double longitude, double strength)
+{
+    const int width = size.width();
+    const int height = size.height();
+    // The tables are only read here; they are made by PrepareShadeColumns.
+    if (width <= 0 || height <= 0 || width != columnTables.width || !columnTables.sine
+        || !columnTables.cosine)
+        return QImage();
     QImage image(width, height, QImage::Format_RGB32);
     if (image.isNull())
-        return;
+        return image;
     const BodyVector body = MakeBodyVector(latitude, longitude, strength);
     for (int r = 0; r < height; ++r) {
         const RowTerms row = MakeRowTerms(body, r, height);
@@ -125,10 +132,24 @@ void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, doubl
             line[c] = qRgb(grey, grey, grey);
         }
     }
+    return image;
+}
+
+void PaintShade(QPixmap &layer, QImage image)
+{
+    if (image.isNull() || image.size() != layer.size())
+        return;
     image.setDevicePixelRatio(layer.devicePixelRatio()); // pixel for pixel on a scaled screen
     QPainter painter(&layer);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.drawImage(0, 0, image);
+}
+
+void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, double strength)
+{
+    if (!PrepareShadeColumns(layer.width()))
+        return;
+    PaintShade(layer, ShadeImage(layer.size(), latitude, longitude, strength));
 }
 
 int ShadeColumnTableWidth()

@@ -3,6 +3,7 @@
 // linear ramp between. The map overlay lays it over the map translucently.
 #pragma once
 
+#include <QImage>
 #include <QPixmap>
 
 namespace lunaquill {
@@ -15,6 +16,16 @@ namespace lunaquill {
 // 90 N; the map offset is not applied (the finished layer is rolled when
 // drawn). If the tables cannot be allocated the layer keeps its old picture.
 void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, double strength);
+
+// The same in three steps, so that the pictures of several bodies can be
+// made on other threads: the column tables are made (or kept) for `width` on
+// the GUI thread first; ShadeImage then only reads them and may run on any
+// thread, several at once (a null image when the tables are missing or made
+// for another width); PaintShade lays a picture into its layer on the GUI
+// thread and leaves the layer alone for a null or wrongly sized picture.
+bool PrepareShadeColumns(int width);
+QImage ShadeImage(QSize size, double latitude, double longitude, double strength);
+void PaintShade(QPixmap &layer, QImage image);
 
 // The width the column tables were last made for, and how many times they
 // have been made since the process started.

@@ -6,6 +6,7 @@
 #include "render/ShadeOverlay.h"
 
 #include <QImage>
+#include <QtConcurrent/QtConcurrentRun>
 #include <QPainter>
 #include <QPixmap>
 
@@ -345,6 +346,36 @@ TEST(ShadeOverlay, EqualsTheFormulaBitForBit)
     EXPECT_TRUE(empty.isNull() && ShadeColumnTableWidth() == 0);
     EXPECT_EQ(Shade(20, 4, 0.0, 0.0, 10.0), FormulaShade(20, 4, 0.0, 0.0, 10.0));
     EXPECT_EQ(Shade(64, 32, 23.4, -120.5, 8.0, 2.0), FormulaShade(64, 32, 23.4, -120.5, 8.0));
+}
+
+TEST(ShadeOverlay, PicturesMadeOnTwoThreadsAtOnceEqualTheFormula)
+{
+    // As the window makes them: the tables on this thread, then the Sun's and the Moon's
+    // pictures at the same time on the pool, several rounds, each laid into its layer here.
+    ASSERT_TRUE(PrepareShadeColumns(1600));
+    for (int round = 0; round < 6; ++round) {
+        const double sunLatitude = -23.4 + 9.0 * round, sunLongitude = -179.0 + 61.5 * round;
+        const double moonLatitude = 28.0 - 11.0 * round, moonLongitude = 170.0 - 57.25 * round;
+        QFuture<QImage> sun = QtConcurrent::run(ShadeImage, QSize(1600, 800), sunLatitude,
+                                                sunLongitude, 10.0);
+        QFuture<QImage> moon = QtConcurrent::run(ShadeImage, QSize(1600, 800), moonLatitude,
+                                                 moonLongitude, 8.0);
+        QPixmap sunLayer(1600, 800), moonLayer(1600, 800);
+        sunLayer.fill(Qt::red);
+        moonLayer.fill(Qt::red);
+        PaintShade(sunLayer, sun.result());
+        PaintShade(moonLayer, moon.result());
+        EXPECT_EQ(sunLayer.toImage().convertToFormat(QImage::Format_RGB32),
+                  FormulaShade(1600, 800, sunLatitude, sunLongitude, 10.0)) << round;
+        EXPECT_EQ(moonLayer.toImage().convertToFormat(QImage::Format_RGB32),
+                  FormulaShade(1600, 800, moonLatitude, moonLongitude, 8.0)) << round;
+    }
+    // Tables made for another width give no picture, and no picture leaves the layer alone.
+    EXPECT_TRUE(ShadeImage(QSize(800, 400), 0.0, 0.0, 10.0).isNull());
+    QPixmap kept(800, 400);
+    kept.fill(Qt::red);
+    PaintShade(kept, QImage());
+    EXPECT_EQ(kept.toImage().pixel(400, 200), QColor(Qt::red).rgb());
 }
 
 } // namespace
