@@ -134,6 +134,8 @@ MainWindow::~MainWindow()
 void MainWindow::RecalculateSources()
 {
     const struct tm utc = DisplayedUtc();
+    if (dxStationSet || homeStationSet)
+        PrepareMoonRiseSet(utc);
     // The planets go in the order of their overlay switches.
     const struct { uint32_t id; const bool &shown; } planets[] = {
         {Mercury, overlaySettings.MercuryOverlay}, {Mars, overlaySettings.MarsOverlay},

@@ -183,13 +183,27 @@ void ComputeFixed(const ln_equ_posn *position, uint32_t flags, const struct tm &
 
 } // namespace
 
-void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc, double latitude,
-                   double longitude, double frequencyMHz, SourceTrack &record)
+namespace {
+
+double JulianDayOf(const struct tm &utc)
 {
     struct tm time = utc;
     ln_date date;
     ln_get_date_from_tm(&time, &date);
-    const double jd = ln_get_julian_day(&date);
+    return ln_get_julian_day(&date);
+}
+
+} // namespace
+
+bool PrepareMoonRiseSet(const struct tm &utc)
+{
+    return PrefetchLunarRiseSet(JulianDayOf(utc));
+}
+
+void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc, double latitude,
+                   double longitude, double frequencyMHz, SourceTrack &record)
+{
+    const double jd = JulianDayOf(utc);
 
     if (flags & TrackRiseSet)
         flags |= TrackPosition;

@@ -2,8 +2,26 @@
 
 #include <libnova/lunar.h>
 #include <libnova/rise_set.h>
+#include <libnova/transform.h>
+#include <libnova/utility.h>
 
+#include <dlfcn.h>
+#include <link.h>
+
+#include <array>
+#include <cmath>
 #include <cstring>
+#include <future>
+#include <memory>
+#include <system_error>
+
+// The ecliptic coordinates are formed exactly as libnova forms them (whose
+// build fuses no multiply-adds), so a contraction here would change bits.
+#if defined(__clang__)
+#pragma clang fp contract(off)
+#elif defined(__GNUC__)
+#pragma GCC optimize("fp-contract=off")
+#endif
 
 namespace lunaquill {
 
@@ -32,6 +50,15 @@ public:
         return values[slot];
     }
 
+    bool has(double jd) const
+    {
+        for (int i = 0; i < count; ++i) {
+            if (memcmp(&keys[i], &jd, sizeof jd) == 0)
+                return true;
+        }
+        return false;
+    }
+
 private:
     double keys[Size] = {};
     Value values[Size] = {};
@@ -42,12 +69,142 @@ private:
 DateMemo<ln_equ_posn, 8> lunarPositions;
 DateMemo<double, 4> lunarDisks;
 
+using GeoPosition = void (*)(double, struct ln_rect_posn *, double);
+
+// Private copies of libnova, each loaded into a link namespace of its own.
+// The lunar theory writes its scratch (the series' truncation levels, the
+// last result) into statics, and a copy's statics are its own, so two copies
+// may run on two threads at once. The theory reads nothing that changes: its
+// result depends on the date and the precision alone (its one-entry cache
+// never answers, as its precision mark stays above any precision it
+// accepts), and a copy's answer is the program's copy's, bit for bit. Null
+// when no copy can be loaded (then everything is computed by the caller).
+GeoPosition PrivateLunarTheory(int copy)
+{
+    static const auto load = []() -> GeoPosition {
+        Dl_info info{};
+        if (!dladdr(reinterpret_cast<void *>(&ln_get_lunar_geo_posn), &info) || !info.dli_fname)
+            return nullptr;
+        void *library = dlmopen(LM_ID_NEWLM, info.dli_fname, RTLD_NOW | RTLD_LOCAL);
+        if (!library)
+            return nullptr;
+        auto theory = reinterpret_cast<GeoPosition>(dlsym(library, "ln_get_lunar_geo_posn"));
+        return theory == &ln_get_lunar_geo_posn ? nullptr : theory;
+    };
+    static const GeoPosition copies[2] = {load(), load()};
+    return copies[copy];
+}
+
+// The dates of the last prefetch, with their positions as they become ready.
+// Read and replaced on the calling thread only; the workers fulfil the
+// promises behind the futures. Each worker is its copy's only user: a new
+// prefetch waits for the last one's workers to end.
+struct Prefetch {
+    static constexpr int kDates = 4;
+    double dates[kDates] = {};
+    std::shared_future<ln_rect_posn> positions[kDates];
+    std::future<void> workers[2];
+};
+Prefetch prefetch;
+bool prefetchUsed = true;
+
+void EndPrefetch()
+{
+    for (auto &worker : prefetch.workers) {
+        if (worker.valid())
+            worker.wait();
+    }
+    for (auto &position : prefetch.positions)
+        position = {};
+}
+
+// The Moon's geocentric position at full precision: the prefetched one when
+// the date was prefetched, else computed here with the program's copy.
+ln_rect_posn LunarGeoPosition(double jd)
+{
+    for (int i = 0; i < Prefetch::kDates; ++i) {
+        if (prefetch.positions[i].valid() && memcmp(&prefetch.dates[i], &jd, sizeof jd) == 0)
+            return prefetch.positions[i].get();
+    }
+    ln_rect_posn moon;
+    ln_get_lunar_geo_posn(jd, &moon, 0);
+    return moon;
+}
+
+// ln_get_lunar_equ_coords from a geocentric position: its ecliptic longitude
+// and latitude formed operation for operation as libnova's
+// ln_get_lunar_ecl_coords forms them, then libnova's own conversion (which
+// reads and keeps the nutation, so it stays on this thread, in call order).
+void EquatorialFromGeocentric(const ln_rect_posn &moon, double jd, ln_equ_posn &position)
+{
+    ln_lnlat_posn ecliptic;
+    ecliptic.lng = atan2(moon.Y, moon.X);
+    ecliptic.lat = atan2(moon.Z, (sqrt((moon.X * moon.X) + (moon.Y * moon.Y))));
+    ecliptic.lng = ln_range_degrees(ln_rad_to_deg(ecliptic.lng));
+    ecliptic.lat = ln_rad_to_deg(ecliptic.lat);
+    ln_get_equ_from_ecl(&ecliptic, jd, &position);
+}
+
 } // namespace
+
+bool PrefetchLunarRiseSet(double jd)
+{
+    EndPrefetch();
+    if (!prefetchUsed || !PrivateLunarTheory(0) || !PrivateLunarTheory(1))
+        return false;
+    // The dates as the search forms them: the search asks for jd - 1.0, jd
+    // and jd + 1.0, the search for a pass that began the day before for
+    // (jd - 1.0) - 1.0 and the same three again. One copy takes the first and
+    // the last, the other the two between, each in the order they are asked
+    // for; the last is wasted when no pass began the day before, but costs
+    // no time on the calling thread, which waits for the middle one anyway.
+    const double wanted[Prefetch::kDates] = {jd - 1.0, (jd - 1.0) - 1.0, jd, jd + 1.0};
+    using Promises = std::array<std::promise<ln_rect_posn>, Prefetch::kDates>;
+    auto promises = std::make_shared<Promises>();
+    bool asked[Prefetch::kDates] = {};
+    for (int i = 0; i < Prefetch::kDates; ++i) {
+        prefetch.dates[i] = wanted[i];
+        if (!lunarPositions.has(wanted[i])) { // already known: nothing to compute
+            asked[i] = true;
+            prefetch.positions[i] = (*promises)[i].get_future().share();
+        }
+    }
+    for (int copy = 0; copy < 2; ++copy) {
+        const GeoPosition theory = PrivateLunarTheory(copy);
+        const int first = 2 * copy;
+        const bool ask[2] = {asked[first], asked[first + 1]};
+        const double dates[2] = {wanted[first], wanted[first + 1]};
+        try {
+            prefetch.workers[copy] = std::async(std::launch::async, [=] {
+                for (int i = 0; i < 2; ++i) {
+                    if (!ask[i])
+                        continue;
+                    ln_rect_posn moon;
+                    theory(dates[i], &moon, 0);
+                    (*promises)[first + i].set_value(moon);
+                }
+            });
+        } catch (const std::system_error &) {
+            // No thread to be had: this copy's dates are computed by the caller.
+            prefetch.positions[first] = prefetch.positions[first + 1] = {};
+        }
+    }
+    return true;
+}
+
+void UseLunarPrefetch(bool on)
+{
+    EndPrefetch();
+    prefetchUsed = on;
+}
 
 void CachedLunarEquCoords(double jd, struct ln_equ_posn *position)
 {
     *position = lunarPositions.get(jd, [](double date, ln_equ_posn &value) {
-        ln_get_lunar_equ_coords(date, &value);
+        if (prefetchUsed)
+            EquatorialFromGeocentric(LunarGeoPosition(date), date, value);
+        else
+            ln_get_lunar_equ_coords(date, &value);
     });
 }
 
