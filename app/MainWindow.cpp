@@ -15,7 +15,8 @@
 #include "tracking/SharedState.h"
 
 #include <QFileInfo>
-#include <QtConcurrent/QtConcurrentRun>
+
+#include <future>
 
 using namespace lunaquill;
 
@@ -324,30 +325,30 @@ void MainWindow::RefreshPanels()
 void MainWindow::RebuildOverlays()
 {
     // The Sun's and the Moon's shading pictures are pure pixel work: made on
-    // the pool's threads while this thread rolls the sky layer, and laid into
+    // two other threads while this thread rolls the sky layer, and laid into
     // their layers here, before the screen overlay reads them.
     auto shade = [](const QPixmap &layer, const SourceTrack &body, double strength) {
-        return QtConcurrent::run(ShadeImage, layer.size(), body.subLatitude, body.subLongitude,
-                                 strength);
+        return std::async(std::launch::async, ShadeImage, layer.size(), body.subLatitude,
+                          body.subLongitude, strength);
     };
-    QFuture<QImage> sunPicture, moonPicture;
+    std::future<QImage> sunPicture, moonPicture;
     if (homeTracks[Sun].valid && overlaySettings.SunShadingOverlay
         && PrepareShadeColumns(sunShade.width()))
         sunPicture = shade(sunShade, homeTracks[Sun], 10.0);
     if (homeTracks[Moon].valid && overlaySettings.MoonShadingOverlay) {
         // The column tables are shared: remade for another width only once
         // the Sun's picture no longer reads them.
-        if (sunPicture.isValid() && moonShade.width() != sunShade.width())
-            sunPicture.waitForFinished();
+        if (sunPicture.valid() && moonShade.width() != sunShade.width())
+            sunPicture.wait();
         if (PrepareShadeColumns(moonShade.width()))
             moonPicture = shade(moonShade, homeTracks[Moon], 8.0);
     }
     if (homeTracks[SagittariusA].valid)
         CreateSkyOverlay(skyLayer, scaledSkyNoise, skyOverlayParameter);
-    if (sunPicture.isValid())
-        PaintShade(sunShade, sunPicture.result());
-    if (moonPicture.isValid())
-        PaintShade(moonShade, moonPicture.result());
+    if (sunPicture.valid())
+        PaintShade(sunShade, sunPicture.get());
+    if (moonPicture.valid())
+        PaintShade(moonShade, moonPicture.get());
     CreateScreenOverlay();
 }
 

@@ -6,7 +6,6 @@
 #include "render/ShadeOverlay.h"
 
 #include <QImage>
-#include <QtConcurrent/QtConcurrentRun>
 #include <QPainter>
 #include <QPixmap>
 
@@ -14,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 #include <limits>
 #include <vector>
 
@@ -351,20 +351,20 @@ TEST(ShadeOverlay, EqualsTheFormulaBitForBit)
 TEST(ShadeOverlay, PicturesMadeOnTwoThreadsAtOnceEqualTheFormula)
 {
     // As the window makes them: the tables on this thread, then the Sun's and the Moon's
-    // pictures at the same time on the pool, several rounds, each laid into its layer here.
+    // pictures at the same time on two threads, several rounds, each laid into its layer here.
     ASSERT_TRUE(PrepareShadeColumns(1600));
     for (int round = 0; round < 6; ++round) {
         const double sunLatitude = -23.4 + 9.0 * round, sunLongitude = -179.0 + 61.5 * round;
         const double moonLatitude = 28.0 - 11.0 * round, moonLongitude = 170.0 - 57.25 * round;
-        QFuture<QImage> sun = QtConcurrent::run(ShadeImage, QSize(1600, 800), sunLatitude,
-                                                sunLongitude, 10.0);
-        QFuture<QImage> moon = QtConcurrent::run(ShadeImage, QSize(1600, 800), moonLatitude,
-                                                 moonLongitude, 8.0);
+        auto sun = std::async(std::launch::async, ShadeImage, QSize(1600, 800), sunLatitude,
+                              sunLongitude, 10.0);
+        auto moon = std::async(std::launch::async, ShadeImage, QSize(1600, 800), moonLatitude,
+                               moonLongitude, 8.0);
         QPixmap sunLayer(1600, 800), moonLayer(1600, 800);
         sunLayer.fill(Qt::red);
         moonLayer.fill(Qt::red);
-        PaintShade(sunLayer, sun.result());
-        PaintShade(moonLayer, moon.result());
+        PaintShade(sunLayer, sun.get());
+        PaintShade(moonLayer, moon.get());
         EXPECT_EQ(sunLayer.toImage().convertToFormat(QImage::Format_RGB32),
                   FormulaShade(1600, 800, sunLatitude, sunLongitude, 10.0)) << round;
         EXPECT_EQ(moonLayer.toImage().convertToFormat(QImage::Format_RGB32),
