@@ -152,12 +152,14 @@ bool PrefetchLunarRiseSet(double jd)
     EndPrefetch();
     if (!prefetchUsed || !PrivateLunarTheory(0) || !PrivateLunarTheory(1))
         return false;
-    // The dates as the search forms them: the search asks for jd - 1.0, jd
-    // and jd + 1.0, the search for a pass that began the day before for
-    // (jd - 1.0) - 1.0 and the same three again. One copy takes the first and
-    // the last, the other the two between, each in the order they are asked
-    // for; the last is wasted when no pass began the day before, but costs
-    // no time on the calling thread, which waits for the middle one anyway.
+    // The dates as the search forms them: it asks for jd - 1.0, jd and
+    // jd + 1.0; the search for a pass that began the day before asks for
+    // (jd - 1.0) - 1.0 and then two it already has ((jd - 1.0) + 1.0 is jd
+    // exactly at these magnitudes). One copy takes the day before and the one
+    // before that, the other the instant and the day after, each in the
+    // order they are asked for. The day before that is wasted when no pass
+    // began the day before, but it costs the calling thread no time: that
+    // waits for the day after, which the other copy ends no sooner.
     const double wanted[Prefetch::kDates] = {jd - 1.0, (jd - 1.0) - 1.0, jd, jd + 1.0};
     using Promises = std::array<std::promise<ln_rect_posn>, Prefetch::kDates>;
     auto promises = std::make_shared<Promises>();
