@@ -50,6 +50,13 @@ SourceTrack MoonAt(double latitude, double longitude, double frequencyMHz, int64
     return record;
 }
 
+// A station's figures from its Moon at a window's start, middle and end.
+WindowSiteFigures SiteFigures(const SourceTrack (&moon)[3])
+{
+    return {moon[0].azimuth, moon[0].elevation, moon[2].azimuth, moon[2].elevation,
+            moon[1].degradation, moon[1].skyTemperature, moon[1].spatialOffset};
+}
+
 // The whole second of [a, b] at which f is highest, f having one maximum
 // there (golden-section search, then the last few seconds one by one).
 template <typename F>
@@ -271,33 +278,20 @@ std::vector<MutualWindow> PlanMutualWindows(const PlanRequest &r)
             if (r.hasDx)
                 dx[i] = MoonAt(r.dx.latitude, r.dx.longitude, f, at[i]);
         }
-        m.homeAzimuthStart = home[0].azimuth;
-        m.homeElevationStart = home[0].elevation;
-        m.homeAzimuthEnd = home[2].azimuth;
-        m.homeElevationEnd = home[2].elevation;
-        m.homeDegradation = home[1].degradation;
-        m.homeSkyTemperature = home[1].skyTemperature;
-        m.homeSpatialOffset = home[1].spatialOffset;
+        m.home = SiteFigures(home);
         m.peakTime = HighestOver(lower, w.start, last);
         m.peakElevation = lower(double(m.peakTime));
         m.dopplerStart = doppler(w.start);
         m.dopplerEnd = doppler(last);
         if (r.hasDx) {
-            m.dxAzimuthStart = dx[0].azimuth;
-            m.dxElevationStart = dx[0].elevation;
-            m.dxAzimuthEnd = dx[2].azimuth;
-            m.dxElevationEnd = dx[2].elevation;
-            m.dxDegradation = dx[1].degradation;
-            m.dxSkyTemperature = dx[1].skyTemperature;
-            m.dxSpatialOffset = dx[1].spatialOffset;
+            m.dx = SiteFigures(dx);
             for (int i = 0; i < 3; ++i) {
                 m.polarisation[i] =
                     PolarisationDifference(home[i].spatialOffset, dx[i].spatialOffset);
                 m.polarisationLoss[i] = PolarisationLoss(m.polarisation[i]);
             }
         } else {
-            m.dxAzimuthStart = m.dxElevationStart = m.dxAzimuthEnd = m.dxElevationEnd = nan;
-            m.dxDegradation = m.dxSkyTemperature = m.dxSpatialOffset = nan;
+            m.dx = {nan, nan, nan, nan, nan, nan, nan};
             for (int i = 0; i < 3; ++i)
                 m.polarisation[i] = m.polarisationLoss[i] = nan;
         }

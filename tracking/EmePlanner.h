@@ -34,24 +34,27 @@ struct PlanInterval {
     int64_t end;
 };
 
+// One station's Moon in a window: azimuth and elevation (degrees) at start and
+// end; degradation (dB), sky temperature (K) and spatial offset (degrees) at
+// the middle.
+struct WindowSiteFigures {
+    double azimuthStart, elevationStart, azimuthEnd, elevationEnd;
+    double degradation, skyTemperature, spatialOffset;
+};
+
 struct MutualWindow {
     int64_t start;
     int64_t end;
     double minutes;
-    // Azimuth and elevation (degrees) at start and end.
-    double homeAzimuthStart, homeElevationStart, homeAzimuthEnd, homeElevationEnd;
-    double dxAzimuthStart, dxElevationStart, dxAzimuthEnd, dxElevationEnd;
+    WindowSiteFigures home;
+    WindowSiteFigures dx; // NaN without a DX station
     // The highest elevation of the lower of the two stations, and when.
     int64_t peakTime;
     double peakElevation;
     // Mutual Doppler (Hz) at the operating frequency; the home station's own
     // echo when there is no DX station.
     double dopplerStart, dopplerEnd;
-    // At the middle of the window.
-    int64_t middle;
-    double homeDegradation, dxDegradation;
-    double homeSkyTemperature, dxSkyTemperature;
-    double homeSpatialOffset, dxSpatialOffset;
+    int64_t middle; // where the stations' middle figures are taken
     // Home minus DX spatial offset (degrees, -90..90) and its loss (dB) for two
     // linearly polarised stations, at start, middle and end.
     double polarisation[3];

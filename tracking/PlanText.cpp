@@ -181,21 +181,21 @@ std::vector<std::string> WindowCells(const MutualWindow &w, bool hasDx, bool iso
 {
     std::vector<std::string> cells = {
         FormatPlanTime(w.start, iso), FormatPlanTime(w.end, iso),
-        std::to_string(PlanMinutes(w.start, w.end)), Number(w.homeAzimuthStart, 1),
-        Number(w.homeElevationStart, 1), Number(w.homeAzimuthEnd, 1),
-        Number(w.homeElevationEnd, 1)};
+        std::to_string(PlanMinutes(w.start, w.end)), Number(w.home.azimuthStart, 1),
+        Number(w.home.elevationStart, 1), Number(w.home.azimuthEnd, 1),
+        Number(w.home.elevationEnd, 1)};
     if (hasDx)
-        cells.insert(cells.end(), {Number(w.dxAzimuthStart, 1), Number(w.dxElevationStart, 1),
-                                   Number(w.dxAzimuthEnd, 1), Number(w.dxElevationEnd, 1)});
+        cells.insert(cells.end(), {Number(w.dx.azimuthStart, 1), Number(w.dx.elevationStart, 1),
+                                   Number(w.dx.azimuthEnd, 1), Number(w.dx.elevationEnd, 1)});
     cells.insert(cells.end(),
                  {FormatPlanTime(w.peakTime, iso), Number(w.peakElevation, 1),
                   Number(w.dopplerStart, 0), Number(w.dopplerEnd, 0),
-                  Number(w.homeDegradation, 1), Number(w.homeSkyTemperature, 0),
-                  Number(w.homeSpatialOffset, 1)});
+                  Number(w.home.degradation, 1), Number(w.home.skyTemperature, 0),
+                  Number(w.home.spatialOffset, 1)});
     if (hasDx)
         cells.insert(cells.end(),
-                     {Number(w.dxDegradation, 1), Number(w.dxSkyTemperature, 0),
-                      Number(w.dxSpatialOffset, 1), Number(w.polarisation[0], 1),
+                     {Number(w.dx.degradation, 1), Number(w.dx.skyTemperature, 0),
+                      Number(w.dx.spatialOffset, 1), Number(w.polarisation[0], 1),
                       Number(w.polarisation[1], 1), Number(w.polarisation[2], 1),
                       Number(w.polarisationLoss[0], 1), Number(w.polarisationLoss[1], 1),
                       Number(w.polarisationLoss[2], 1)});
@@ -327,16 +327,16 @@ std::string WindowsTable(const PlanRequest &request, const std::vector<MutualWin
         std::vector<std::string> row = {
             FormatPlanTime(w.start, false), TimeAfter(w.end, w.start),
             std::to_string(PlanMinutes(w.start, w.end)),
-            pair(w.homeAzimuthStart, w.homeElevationStart, 0),
-            pair(w.homeAzimuthEnd, w.homeElevationEnd, 0)};
+            pair(w.home.azimuthStart, w.home.elevationStart, 0),
+            pair(w.home.azimuthEnd, w.home.elevationEnd, 0)};
         if (request.hasDx)
-            row.insert(row.end(), {pair(w.dxAzimuthStart, w.dxElevationStart, 0),
-                                   pair(w.dxAzimuthEnd, w.dxElevationEnd, 0)});
+            row.insert(row.end(), {pair(w.dx.azimuthStart, w.dx.elevationStart, 0),
+                                   pair(w.dx.azimuthEnd, w.dx.elevationEnd, 0)});
         row.insert(row.end(),
                    {TimeAfter(w.peakTime, w.start) + " " + Number(w.peakElevation, 1),
-                    pair(w.dopplerStart, w.dopplerEnd, 0), Number(w.homeDegradation, 1)});
+                    pair(w.dopplerStart, w.dopplerEnd, 0), Number(w.home.degradation, 1)});
         if (request.hasDx)
-            row.insert(row.end(), {Number(w.dxDegradation, 1), Number(w.polarisation[1], 0),
+            row.insert(row.end(), {Number(w.dx.degradation, 1), Number(w.polarisation[1], 0),
                                    pair(w.polarisationLoss[0], w.polarisationLoss[1], 1) + "/"
                                        + Number(w.polarisationLoss[2], 1)});
         rows.push_back(row);

@@ -202,7 +202,7 @@ TEST_F(PlannerWindowTest, FollowsStationsAndFrequencyAndKeepsItsChoices)
     EXPECT_DOUBLE_EQ(pui->HomeMinSpin->value(), 10.0);
     EXPECT_EQ(pui->Tabs->currentIndex(), 1);
     for (const MutualWindow &w : planner->windows())
-        EXPECT_GE(w.homeElevationStart, 10.0 - 0.01);
+        EXPECT_GE(w.home.elevationStart, 10.0 - 0.01);
 }
 
 // A DX station taken from the DX list inside the planner.

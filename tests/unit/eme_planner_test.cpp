@@ -210,16 +210,16 @@ TEST(MutualWindows, BostonBerlinOverlapAndFigures)
         EXPECT_NEAR(double(w.start), double(scanned[i].start), 10.0);
         EXPECT_NEAR(double(w.end), double(scanned[i].end), 10.0);
         EXPECT_DOUBLE_EQ(w.minutes, (w.end - w.start) / 60.0);
-        EXPECT_GE(w.homeElevationStart, -0.01);
-        EXPECT_GE(w.dxElevationStart, 10.0 - 0.01);
+        EXPECT_GE(w.home.elevationStart, -0.01);
+        EXPECT_GE(w.dx.elevationStart, 10.0 - 0.01);
         // One station is at its minimum at each edge.
-        EXPECT_NEAR(std::min(w.homeElevationStart, w.dxElevationStart - 10.0), 0.0, 0.01);
-        EXPECT_NEAR(std::min(w.homeElevationEnd, w.dxElevationEnd - 10.0), 0.0, 0.01);
+        EXPECT_NEAR(std::min(w.home.elevationStart, w.dx.elevationStart - 10.0), 0.0, 0.01);
+        EXPECT_NEAR(std::min(w.home.elevationEnd, w.dx.elevationEnd - 10.0), 0.0, 0.01);
         // The peak of the lower station lies inside and beats both edges.
         EXPECT_GE(w.peakTime, w.start);
         EXPECT_LT(w.peakTime, w.end);
-        EXPECT_GE(w.peakElevation, std::min(w.homeElevationStart, w.dxElevationStart));
-        EXPECT_GE(w.peakElevation, std::min(w.homeElevationEnd, w.dxElevationEnd));
+        EXPECT_GE(w.peakElevation, std::min(w.home.elevationStart, w.dx.elevationStart));
+        EXPECT_GE(w.peakElevation, std::min(w.home.elevationEnd, w.dx.elevationEnd));
         double scanPeak = -90.0;
         for (int64_t t = w.start; t < w.end; ++t)
             scanPeak = std::max(scanPeak,
@@ -232,8 +232,8 @@ TEST(MutualWindows, BostonBerlinOverlapAndFigures)
                       kBoston.longitude, 144.0, home);
         ComputeSource(Moon, TrackPosition, Utc(time_t(w.middle)), kBerlin.latitude,
                       kBerlin.longitude, 144.0, dx);
-        EXPECT_DOUBLE_EQ(w.homeDegradation, home.degradation);
-        EXPECT_DOUBLE_EQ(w.dxSkyTemperature, dx.skyTemperature);
+        EXPECT_DOUBLE_EQ(w.home.degradation, home.degradation);
+        EXPECT_DOUBLE_EQ(w.dx.skyTemperature, dx.skyTemperature);
         EXPECT_DOUBLE_EQ(w.polarisation[1],
                          PolarisationDifference(home.spatialOffset, dx.spatialOffset));
         // Mutual Doppler at 144 MHz stays within a few hundred hertz.
