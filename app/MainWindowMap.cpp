@@ -42,7 +42,7 @@ QPixmap LoadImage(const char *name)
 
 // An icon; on a scaled screen its "@2x" drawing where there is one, so that
 // it is drawn sharp (the painter shows it at the icon's own size).
-QPixmap LoadIcon(const char *name, qreal ratio)
+QPixmap LoadIcon(const QByteArray &name, qreal ratio)
 {
     if (ratio > 1.0) {
         QPixmap sharp = LoadImage(QByteArray(name).replace(".png", "@2x.png").constData());
@@ -51,7 +51,7 @@ QPixmap LoadIcon(const char *name, qreal ratio)
             return sharp;
         }
     }
-    return LoadImage(name);
+    return LoadImage(name.constData());
 }
 
 // Where an icon goes so that its centre lies on `p`.
@@ -211,20 +211,16 @@ void MainWindow::LoadPixmaps()
 
 void MainWindow::LoadIcons()
 {
+    const struct { QPixmap &icon; const char *name; } icons[] = {
+        {menuIcon, "menu"},       {stationIcon, "dish"},   {dxStationIcon, "dish"},
+        {moonIcon, "moon"},       {sunIcon, "sun"},        {mercuryIcon, "mercury"},
+        {venusIcon, "venus"},     {marsIcon, "mars"},      {jupiterIcon, "jupiter"},
+        {saturnIcon, "saturn"},   {uranusIcon, "uranus"},  {neptuneIcon, "neptune"},
+        {plutoIcon, "pluto"},
+    };
     const qreal ratio = devicePixelRatioF();
-    menuIcon = LoadIcon("/pixmaps/menu-icon.png", ratio);
-    stationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
-    dxStationIcon = LoadIcon("/pixmaps/dish-icon.png", ratio);
-    moonIcon = LoadIcon("/pixmaps/moon-icon.png", ratio);
-    sunIcon = LoadIcon("/pixmaps/sun-icon.png", ratio);
-    mercuryIcon = LoadIcon("/pixmaps/mercury-icon.png", ratio);
-    venusIcon = LoadIcon("/pixmaps/venus-icon.png", ratio);
-    marsIcon = LoadIcon("/pixmaps/mars-icon.png", ratio);
-    jupiterIcon = LoadIcon("/pixmaps/jupiter-icon.png", ratio);
-    saturnIcon = LoadIcon("/pixmaps/saturn-icon.png", ratio);
-    uranusIcon = LoadIcon("/pixmaps/uranus-icon.png", ratio);
-    neptuneIcon = LoadIcon("/pixmaps/neptune-icon.png", ratio);
-    plutoIcon = LoadIcon("/pixmaps/pluto-icon.png", ratio);
+    for (const auto &entry : icons)
+        entry.icon = LoadIcon(QByteArray("/pixmaps/") + entry.name + "-icon.png", ratio);
 }
 
 void MainWindow::MakeMapImages()
