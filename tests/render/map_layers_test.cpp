@@ -114,10 +114,8 @@ TEST(Roll, LayersFollowTheMapOffsetAndTheSkySagittarius)
             << (r.sky ? "sky " : "") << r.at;
     }
     // Far outside a day the splits saturate instead of overflowing.
-    for (int offset : {2000000000, -2000000000}) {
-        const int split = offset > 0 ? kMinInt : kMaxInt;
-        EXPECT_TRUE(MapRollSplit(1600, offset) == split && OverlayRollSplit(1600, offset) == split);
-    }
+    EXPECT_TRUE(MapRollSplit(1600, 2000000000) == kMinInt && OverlayRollSplit(1600, 2000000000) == kMinInt);
+    EXPECT_TRUE(MapRollSplit(1600, -2000000000) == kMaxInt && OverlayRollSplit(1600, -2000000000) == kMaxInt);
 }
 
 // On a screen scaled to 200 % the layers have two pixels to each of the map's: the pieces are
