@@ -1,5 +1,5 @@
-// The band and favourites lists: the table against the calculator, clicks
-// that set the DX station, the refresh timer, and the favourites on the map.
+// The band and favourites lists: the table against the calculator, clicks that set the DX
+// station, the refresh timer, and the favourites on the map.
 #include "AppTestSupport.h"
 #include "ui_MainWindow.h"
 #include "app/FavoritesDialog.h"
@@ -14,6 +14,13 @@ using namespace lunaquill::test;
 
 namespace {
 
+// The list's stations, their locators worked by hand: FN42 is the worked example, OE47
+// 40 - 90 + 7 + 12.5 * 2.5 / 60, 8 + 280 + 12.5 * 5 / 60 - 180. ZZ99zz is no locator.
+const struct { const char *location, *call, *grid; double latitude, longitude; } kStations[] = {
+    {"Boston", "Q1ABC", "FN42", 42.5208333, -70.9583333},
+    {"Indian Ocean", "Q2XYZ", "OE47", -42.4791667, 109.0416667},
+    {"Nowhere", "Q3BAD", "ZZ99zz", 0.0, 0.0}};
+
 class FavoritesDialogTest : public WindowTest
 {
 protected:
@@ -21,9 +28,8 @@ protected:
     {
         WindowTest::SetUp();
         homeData.frequency = 144.1;
-        // FN42 and OE47 lie almost antipodal, so the Moon is up at exactly one
-        // of them; ZZ99zz is no locator (fields end at R); nothing after
-        // ZZZZZZ is read.
+        // FN42 and OE47 lie almost antipodal, so the Moon is up at exactly one of them;
+        // ZZ99zz is no locator (fields end at R); nothing after ZZZZZZ is read.
         WriteIni("/ test list\nQ1ABC,FN42,a,b,c,d,Boston\nQ2XYZ,OE47,a,b,c,d,Indian Ocean\n"
                  "Q3BAD,ZZ99zz,a,b,c,d,Nowhere\nZZZZZZ,,,,,,\nQ4NOT,JO62,a,b,c,d,after the end\n",
                  test::SettingsFolder() + "Eme144M.txt");
@@ -43,14 +49,9 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
     ASSERT_EQ(table->rowCount(), 3);
 
     const struct tm utc = *gmtime(&shown);
-    const struct { const char *location, *call, *grid; double latitude, longitude; } stations[] = {
-        {"Boston", "Q1ABC", "FN42", 42.5208333, -70.9583333}, // worked example of the locator
-        // 40 - 90 + 7 + 12.5 * 2.5 / 60, 8 + 280 + 12.5 * 5 / 60 - 180
-        {"Indian Ocean", "Q2XYZ", "OE47", -42.4791667, 109.0416667},
-    };
     int up = 0;
     for (int row = 0; row < 2; ++row) {
-        const auto &s = stations[row];
+        const auto &s = kStations[row];
         SourceTrack moon{};
         ComputeSource(Moon, TrackPosition, utc, s.latitude, s.longitude, 144.1, moon);
         ComputeSource(Moon, TrackAll, utc, s.latitude, s.longitude, 144.1, moon);
@@ -66,8 +67,8 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         for (int column = 0; column < 9; ++column) {
             QTableWidgetItem *item = table->item(row, column);
             cells << item->text();
-            EXPECT_EQ(item->background().color(), background) << row << "," << column;
-            EXPECT_EQ(item->foreground().color(), QColor(Qt::black));
+            EXPECT_TRUE(item->background().color() == background && item->foreground().color() == Qt::black)
+                << row << "," << column;
         }
         EXPECT_EQ(cells.join('|').toStdString(), expected);
         up += moon.elevation > 0;
@@ -77,27 +78,17 @@ TEST_F(FavoritesDialogTest, RowsShowTheMoonAtEachStation)
         EXPECT_EQ(table->item(2, column)->text(), "") << "a grid that fails leaves its row blank";
 }
 
-// A row chosen by a click or by the keyboard is the DX station, and the
-// window shows it at once whatever the dialog's result: call, grid, position
-// and the Moon's figures there. A row whose grid is no locator is copied but
-// sets no DX station.
+// A row chosen by a click or by the keyboard is the DX station, and the window shows it at once
+// whatever the dialog's result: call, grid, position and the Moon's figures there. A row whose
+// grid is no locator is copied but sets no DX station.
 TEST_F(FavoritesDialogTest, AChosenRowIsTheDxStationShownWhateverTheResult)
 {
     Open(nullptr, false);
     CopyField(dxStation.location, "kept");
-    const struct {
-        int row;
-        bool keyboard;
-        QDialogButtonBox::StandardButton button;
-        const char *call, *grid;
-        double latitude, longitude;
-        int set;
-    } rows[] = {
-        {0, false, QDialogButtonBox::Ok, "Q1ABC", "FN42", 42.5208333, -70.9583333, 1},
-        {1, true, QDialogButtonBox::Cancel, "Q2XYZ", "OE47", -42.4791667, 109.0416667, 1},
-        {2, false, QDialogButtonBox::Cancel, "Q3BAD", "ZZ99zz", 0.0, 0.0, 0},
-    };
+    const struct { int row; bool keyboard; QDialogButtonBox::StandardButton button; } rows[] = {
+        {0, false, QDialogButtonBox::Ok}, {1, true, QDialogButtonBox::Cancel}, {2, false, QDialogButtonBox::Cancel}};
     for (const auto &r : rows) {
+        const auto &s = kStations[r.row];
         WhenOpen<FavoritesDialog>([&r](FavoritesDialog &d) {
             QTableWidget *table = d.widgets()->tableWidget;
             if (r.keyboard) { // Down from the row above
@@ -111,16 +102,16 @@ TEST_F(FavoritesDialogTest, AChosenRowIsTheDxStationShownWhateverTheResult)
         }, r.button);
         ui->actionEme144M->trigger();
         EXPECT_EQ(QString(dxStation.callsign) + dxStation.grid + dxStation.location,
-                  QString(r.call) + r.grid + "kept");
-        EXPECT_NEAR(dxStation.latitude, r.latitude, 1e-6);
-        EXPECT_NEAR(dxStation.longitude, r.longitude, 1e-6);
-        EXPECT_EQ(dxStationSet, r.set) << r.grid;
-        if (r.set) {
+                  QString(s.call) + s.grid + "kept");
+        EXPECT_NEAR(dxStation.latitude, s.latitude, 1e-6);
+        EXPECT_NEAR(dxStation.longitude, s.longitude, 1e-6);
+        EXPECT_EQ(dxStationSet, r.row < 2) << s.grid;
+        if (r.row < 2) {
             const SourceTrack &moon = dxTracks[Moon];
             EXPECT_EQ(Texts({ui->DxCallsign, ui->DxGrid, ui->DxLatitude, ui->DxLongitude,
                              ui->DxAzimuth, ui->DxElevation}),
-                      std::string(r.call) + "|" + r.grid + "|" + Format("%0.2f|", r.latitude)
-                          + Format("%0.2f|", r.longitude) + Format("%7.2f|", moon.azimuth)
+                      std::string(s.call) + "|" + s.grid + "|" + Format("%0.2f|", s.latitude)
+                          + Format("%0.2f|", s.longitude) + Format("%7.2f|", moon.azimuth)
                           + Format("%7.2f", moon.elevation));
         } else {
             EXPECT_EQ(Text(ui->DxDoppler), " "); // nothing computed for it
@@ -128,32 +119,26 @@ TEST_F(FavoritesDialogTest, AChosenRowIsTheDxStationShownWhateverTheResult)
     }
 }
 
-// A list that is not there: a bare dialog that says which file it looked
-// for, where, and where the examples are.
+// A list that is not there: a bare dialog (no table, no timer: see the table below) that
+// says on one line which file it looked for, where, and where the examples are.
 TEST_F(FavoritesDialogTest, AMissingListSaysWhatWasLookedForAndWhere)
 {
     Open(nullptr, false);
     QString title, line;
     QSize size;
-    int tables = -1, timers = -1;
     WhenOpen<QDialog>([&](QDialog &d) {
         title = d.windowTitle();
         const QList<QLabel *> labels = d.findChildren<QLabel *>();
         line = labels.size() == 1 ? labels[0]->text() : QString::number(labels.size());
         size = d.size();
-        tables = d.findChildren<QTableWidget *>().size();
-        timers = (int)static_cast<FavoritesDialog &>(d).refreshTimer().isActive();
         d.reject();
     });
     ui->actionEme47G->trigger();
-    EXPECT_EQ(title, "Favorites List");
+    EXPECT_TRUE(title == "Favorites List" && size != QSize(640, 480));
     // The tests run in the source tree, whose examples/ holds the lists.
     EXPECT_EQ(line, "Lunaquill found no list Eme47G.txt in the folder " + lunaquill::SettingsFolder()
                         + "; example lists come with the program (in " + QDir::currentPath()
                         + "/examples/).");
-    EXPECT_FALSE(line.contains('\n'));
-    EXPECT_EQ(tables + timers, 0);
-    EXPECT_NE(size, QSize(640, 480));
 
     // Installed: the documentation folder beside the program's; else no folder named.
     QTemporaryDir root;
@@ -165,31 +150,26 @@ TEST_F(FavoritesDialogTest, AMissingListSaysWhatWasLookedForAndWhere)
     EXPECT_EQ(ExampleListsFolder(root.path(), root.path()), "");
 }
 
-// The same list written in UTF-8 and in Latin-1 shows the same characters;
-// in UTF-8 a location whose 64-byte limit falls inside a character ends
-// before it. The DX station taken from a row shows its call as written.
+// The same list written in UTF-8 and in Latin-1 shows the same characters; in UTF-8 a location
+// whose 64-byte limit falls inside a character ends before it. The DX station taken from a row
+// shows its call as written.
 TEST_F(FavoritesDialogTest, ListsInUtf8OrLatin1ShowTheirOwnCharacters)
 {
-    const QString euro = QString::fromUtf8("\u20ac"); // three bytes in UTF-8
-    const QString location = QString(62, 'L') + euro + "uro"; // 62 + 3 bytes
-    WriteIni(QString("Q1\u00c4BC,JO62qm,a,b,c,d,Z\u00fcrich\nQ2ABC,FN42,a,b,c,d," + location + "\n")
-                 .toUtf8(),
-             test::SettingsFolder() + "Eme432M.txt");
-    WriteIni(QString("Q1\u00c4BC,JO62qm,a,b,c,d,Z\u00fcrich\n").toLatin1(),
-             test::SettingsFolder() + "Eme50M.txt");
+    const QString zurich = QString::fromUtf8("Q1\u00c4BC,JO62qm,a,b,c,d,Z\u00fcrich\n");
+    const QString location = QString(62, 'L') + QString::fromUtf8("\u20ac") + "uro"; // 62 + 3 + 3 bytes
+    WriteIni((zurich + "Q2ABC,FN42,a,b,c,d," + location + "\n").toUtf8(), test::SettingsFolder() + "Eme432M.txt");
+    WriteIni(zurich.toLatin1(), test::SettingsFolder() + "Eme50M.txt");
     for (const char *file : {"Eme432M.txt", "Eme50M.txt"}) {
         FavoritesDialog dialog(file, true);
         QTableWidget *table = dialog.widgets()->tableWidget;
         EXPECT_EQ(table->item(0, 0)->text() + "|" + table->item(0, 1)->text(),
                   QString::fromUtf8("Z\u00fcrich|Q1\u00c4BC")) << file;
-        if (table->rowCount() > 1) {
+        if (table->rowCount() > 1)
             EXPECT_EQ(table->item(1, 0)->text(), QString(62, 'L'));
-        }
     }
     Open(nullptr, false);
-    WhenOpen<FavoritesDialog>(
-        [](FavoritesDialog &d) { d.FavoriteSelected(d.widgets()->tableWidget->item(0, 0)); },
-        QDialogButtonBox::Ok);
+    WhenOpen<FavoritesDialog>([](FavoritesDialog &d) { d.FavoriteSelected(d.widgets()->tableWidget->item(0, 0)); },
+                              QDialogButtonBox::Ok);
     ui->actionEme432M->trigger();
     EXPECT_EQ(ui->DxCallsign->text(), QString::fromUtf8("Q1\u00c4BC"));
 }
@@ -219,16 +199,14 @@ TEST_F(FavoritesDialogTest, TableAndRefreshAsTheListAndTheClockAllow)
     const QString before = azimuth->text();
     displayOffset += 3600;
     QTRY_VERIFY_WITH_TIMEOUT(azimuth->text() != before, 1000);
-    // Destroyed with its timer running: no refill may reach the freed dialog
-    // (the sanitizer build would report it).
+    // Destroyed with its timer running: no refill may reach the freed dialog (the sanitizer sees).
     dialog.reset();
     QTest::qWait(250);
 }
 
 TEST_F(FavoritesDialogTest, FavouritesAreMarkedOnTheMap)
 {
-    WriteIni("Q1ABC,FN42,a,b,c,d,Boston\nQ3BAD,MOON,a,b,c,d,x\n",
-             test::SettingsFolder() + "Favorites.txt");
+    WriteIni("Q1ABC,FN42,a,b,c,d,Boston\nQ3BAD,MOON,a,b,c,d,x\n", test::SettingsFolder() + "Favorites.txt");
     Open(nullptr);
     ASSERT_EQ(ui->WorldMap->size(), QSize(1600, 800));
     overlaySettings = {};
@@ -241,12 +219,8 @@ TEST_F(FavoritesDialogTest, FavouritesAreMarkedOnTheMap)
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
             if (image.pixel(x, y) == qRgb(255, 255, 0))
-                ++(QRect(487, 208, 8, 7).contains(x, y)   ? circle
-                   : QRect(470, 190, 45, 15).contains(x, y) ? call
-                                                            : elsewhere);
-    EXPECT_GE(circle, 9);
-    EXPECT_GT(call, 10);
-    EXPECT_EQ(elsewhere, 0) << "one station drawn";
+                ++(QRect(487, 208, 8, 7).contains(x, y) ? circle : QRect(470, 190, 45, 15).contains(x, y) ? call : elsewhere);
+    EXPECT_TRUE(circle >= 9 && call > 10 && elsewhere == 0) << circle << " " << call << " " << elsewhere;
 }
 
 } // namespace

@@ -33,13 +33,12 @@ const QRgb kLightGray = qRgb(192, 192, 192), kDarkGray = qRgb(128, 128, 128);
 const int kMaxInt = std::numeric_limits<int>::max(), kMinInt = std::numeric_limits<int>::min();
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// A uniform image with one marker column.
-QPixmap Striped(int width, int height, int markerColumn)
+// A uniform image with one marker column (or `markerWidth` columns).
+QPixmap Striped(int width, int height, int markerColumn, int markerWidth = 1)
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(kLand);
-    for (int y = 0; y < height; ++y)
-        image.setPixel(markerColumn, y, kMarker);
+    QPainter(&image).fillRect(markerColumn, 0, markerWidth, height, QColor(kMarker));
     return QPixmap::fromImage(image);
 }
 
@@ -59,9 +58,9 @@ TEST(DrawBaseMap, GridLinesFixedToTheScreen)
         EXPECT_EQ(base.toImage().pixel(p.x, p.y), p.colour) << p.x << "," << p.y;
     // Each family has its own switch.
     DrawBaseMap(base, Striped(250, 190, 3), 0, false, true);
-    const QRgb noLatitudes = base.toImage().pixel(5, 95);
+    EXPECT_EQ(base.toImage().pixel(5, 95), kLand);
     DrawBaseMap(base, Striped(250, 190, 3), 0, true, false);
-    EXPECT_TRUE(noLatitudes == kLand && base.toImage().pixel(125, 5) == kLand);
+    EXPECT_EQ(base.toImage().pixel(125, 5), kLand);
 }
 
 TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
@@ -82,9 +81,8 @@ TEST(DrawBaseMap, RolledMapIsTheMapAtItsWidthTurnedBySplit)
     for (const auto &r : rows) {
         const QImage unrolled = QPixmap::fromImage(master).scaled(r.width, 30).toImage();
         QImage expected(r.width, 30, QImage::Format_RGB32);
-        for (int y = 0; y < 30; ++y)
-            for (int x = 0; x < r.width; ++x)
-                expected.setPixel(x, y, unrolled.pixel((x + r.split) % r.width, y));
+        for (int i = 0; i < r.width * 30; ++i)
+            expected.setPixel(i % r.width, i / r.width, unrolled.pixel((i % r.width + r.split) % r.width, i / r.width));
         QPixmap base(r.width, 30);
         DrawBaseMap(base, QPixmap::fromImage(master), r.offset, false, false);
         EXPECT_TRUE(base.toImage().convertToFormat(QImage::Format_RGB32) == expected)
@@ -116,10 +114,8 @@ TEST(Roll, LayersFollowTheMapOffsetAndTheSkySagittarius)
             << (r.sky ? "sky " : "") << r.at;
     }
     // Far outside a day the splits saturate instead of overflowing.
-    for (int offset : {2000000000, -2000000000}) {
-        const int split = offset > 0 ? kMinInt : kMaxInt;
-        EXPECT_TRUE(MapRollSplit(1600, offset) == split && OverlayRollSplit(1600, offset) == split);
-    }
+    EXPECT_TRUE(MapRollSplit(1600, 2000000000) == kMinInt && OverlayRollSplit(1600, 2000000000) == kMinInt);
+    EXPECT_TRUE(MapRollSplit(1600, -2000000000) == kMaxInt && OverlayRollSplit(1600, -2000000000) == kMaxInt);
 }
 
 // On a screen scaled to 200 % the layers have two pixels to each of the map's: the pieces are
@@ -129,10 +125,7 @@ TEST(Roll, LayersFollowTheMapOffsetAndTheSkySagittarius)
 TEST(Roll, ScaledScreenLayersAreCutInTheirOwnPixels)
 {
     auto twoWide = [](int column) {
-        QImage image = Striped(3200, 20, column).toImage();
-        for (int y = 0; y < 20; ++y)
-            image.setPixel(column + 1, y, kMarker);
-        QPixmap layer = QPixmap::fromImage(image);
+        QPixmap layer = Striped(3200, 20, column, 2);
         layer.setDevicePixelRatio(2.0);
         return layer;
     };
@@ -148,24 +141,17 @@ TEST(Roll, ScaledScreenLayersAreCutInTheirOwnPixels)
     QPixmap base(500, 380);
     base.setDevicePixelRatio(2.0);
     DrawBaseMap(base, Striped(250, 190, 3), 0, true, false);
-    EXPECT_EQ(base.devicePixelRatio(), 2.0);
-    EXPECT_EQ(base.size(), QSize(500, 380));
     const QImage grid = base.toImage();
-    EXPECT_EQ(grid.pixel(40, 21), kDarkGray);
-    EXPECT_EQ(grid.pixel(40, 22), kLand);
-    EXPECT_EQ(grid.pixel(40, 20), kLand);
-
+    EXPECT_TRUE(base.devicePixelRatio() == 2.0 && base.size() == QSize(500, 380));
+    EXPECT_TRUE(grid.pixel(40, 20) == kLand && grid.pixel(40, 21) == kDarkGray && grid.pixel(40, 22) == kLand);
     const QPixmap scale = LatitudeLabels(QSize(20, 100), 100, 2.0);
-    EXPECT_EQ(scale.size(), QSize(40, 200));
-    EXPECT_EQ(scale.devicePixelRatio(), 2.0);
+    EXPECT_TRUE(scale.size() == QSize(40, 200) && scale.devicePixelRatio() == 2.0);
 }
 
 TEST(ScaleLabels, TextsAndTheLastLatitudeInsideTheEdge)
 {
-    const struct { int value; const char *text; } latitudes[] = {
-        {90, "+90"}, {5, "+05"}, {0, "  0"}, {-10, "-10"}, {-5, "-5"}};
-    for (const auto &r : latitudes)
-        EXPECT_EQ(LatitudeLabelText(r.value), r.text) << r.value;
+    for (const auto &[value, text] : {std::pair{90, "+90"}, {5, "+05"}, {0, "  0"}, {-10, "-10"}, {-5, "-5"}})
+        EXPECT_EQ(LatitudeLabelText(value), text) << value;
     // Hours west of Greenwich: offset - i + 12, one 24 added or taken away.
     const struct { int i, offset; const char *text; } hourTexts[] = {
         {0, 5, "17h"}, {12, 0, "00h"}, {13, 0, "23h"}, {0, 23, "11h"}};
@@ -204,13 +190,10 @@ TEST(Projection, MapAndDialPointsWorkedByHand)
     EXPECT_LT(std::abs(LatLongToPoint(1600, 800, kMaxInt, 0.0, 0.0).x()), 1600);
 
     // 1080 x 1080 dial, centre (540, 540); horizon radius 540 sin 45 = 381.84.
+    // Zenith at the centre; east horizon 381 pixels left; north up, the nadir on the 540-pixel
+    // rim; radius sin 15 * 540 = 139.76 at angle 210: 540 - 69.88, 540 - 121.04.
     const struct { double azimuth, altitude; int x, y; } dial[] = {
-        {123.0, 90.0, 540, 540}, // zenith at the centre
-        {90.0, 0.0, 159, 540},   // east horizon 381 pixels left
-        {0.0, -90.0, 540, 0},    // north up, the nadir on the 540-pixel rim
-        // radius sin 15 * 540 = 139.76 at angle 210: 540 - 69.88, 540 - 121.04
-        {30.0, 60.0, 471, 419},
-    };
+        {123.0, 90.0, 540, 540}, {90.0, 0.0, 159, 540}, {0.0, -90.0, 540, 0}, {30.0, 60.0, 471, 419}};
     for (const auto &r : dial)
         EXPECT_EQ(AzAltToDial(QRect(0, 0, 1080, 1080), r.azimuth, r.altitude), QPoint(r.x, r.y))
             << r.azimuth << " / " << r.altitude;
@@ -229,12 +212,11 @@ TEST(Projection, MapAndDialPointsWorkedByHand)
 
 TEST(Projection, HalfSpaceRuleFloorsAndAsymmetricMouseCorrections)
 {
+    // x <= 0: no longitude; atan2(-1, 1) / 2 pi; pole, origin; the 32-bit sum wraps negative:
+    // NaN radius, latitude 0.
     const struct { int x, y, z; double u, v; } spherical[] = {
-        {0, 5, 0, 0.5, 0.5},           // x <= 0: no longitude
-        {1, -1, 0, 0.5 - 0.125, 0.5},  // atan2(-1, 1) / 2 pi
-        {0, 0, 5, 0.5, 1.0},  {0, 0, 0, 0.5, 0.5}, // pole, origin
-        {46341, 0, 100, 0.5, 0.5}, // the 32-bit sum wraps negative: NaN radius, latitude 0
-    };
+        {0, 5, 0, 0.5, 0.5}, {1, -1, 0, 0.5 - 0.125, 0.5}, {0, 0, 5, 0.5, 1.0}, {0, 0, 0, 0.5, 0.5},
+        {46341, 0, 100, 0.5, 0.5}};
     for (const auto &r : spherical) {
         double u = -1, v = -1;
         WorldToSpherical(r.x, r.y, r.z, u, v);
@@ -302,9 +284,8 @@ QImage FormulaShade(int w, int h, double latitude, double longitude, double stre
     }
     const float sinPhi = sinf(latitude * k), cosPhi = cosf(latitude * k);
     const float sinLambda = sinf(longitude * k), cosLambda = cosf(longitude * k);
-    const float A = sinLambda * cosPhi * strength; // float product, scaled in double
-    const float B = sinPhi * strength;
-    const float C = cosLambda * cosPhi * strength;
+    // Float products, scaled in double.
+    const float A = sinLambda * cosPhi * strength, B = sinPhi * strength, C = cosLambda * cosPhi * strength;
     QImage layer(w, h, QImage::Format_RGB32);
     for (int r = 0; r < h; ++r) {
         const float phiR = ((float)r / (float)h - 0.5) * -180.0 * k;
@@ -326,12 +307,10 @@ TEST(ShadeOverlay, EqualsTheFormulaBitForBit)
     // The column tables are made once per width: kept for another height, remade for another
     // width, emptied by an empty layer (which draws nothing); each layer is drawn in full.
     const struct { int width, height; double latitude, longitude, strength; } cases[] = {
-        {1600, 800, 0.0, 0.0, 10.0},     {1600, 800, -18.7, 133.25, 8.0}, // Sun, Moon
-        {37, 19, 23.4, -120.5, 8.0},     {37, 77, 30.0, 60.0, 8.0},
-        {101, 50, -60.0, 170.0, 1.0},    {333, 167, 89.9, 45.0, 10.0},
-        {64, 32, -23.44, -179.9, 0.5},   {61, 30, 10.0, 10.0, -3.0},
-        {1, 1, 90.0, 0.0, 10.0},         {20, 10, std::numeric_limits<double>::quiet_NaN(), 0, 10},
-    };
+        {1600, 800, 0.0, 0.0, 10.0}, {1600, 800, -18.7, 133.25, 8.0}, {37, 19, 23.4, -120.5, 8.0},
+        {37, 77, 30.0, 60.0, 8.0},   {101, 50, -60.0, 170.0, 1.0},    {333, 167, 89.9, 45.0, 10.0},
+        {64, 32, -23.44, -179.9, 0.5}, {61, 30, 10.0, 10.0, -3.0},    {1, 1, 90.0, 0.0, 10.0},
+        {20, 10, kNaN, 0, 10}};
     int builds = ShadeColumnTableBuilds(), width = ShadeColumnTableWidth();
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " at " << c.latitude);
@@ -354,21 +333,19 @@ TEST(ShadeOverlay, PicturesMadeOnTwoThreadsAtOnceEqualTheFormula)
     // pictures at the same time on two threads, several rounds, each laid into its layer here.
     ASSERT_TRUE(PrepareShadeColumns(1600));
     for (int round = 0; round < 6; ++round) {
-        const double sunLatitude = -23.4 + 9.0 * round, sunLongitude = -179.0 + 61.5 * round;
-        const double moonLatitude = 28.0 - 11.0 * round, moonLongitude = 170.0 - 57.25 * round;
-        auto sun = std::async(std::launch::async, ShadeImage, QSize(1600, 800), sunLatitude,
-                              sunLongitude, 10.0);
-        auto moon = std::async(std::launch::async, ShadeImage, QSize(1600, 800), moonLatitude,
-                               moonLongitude, 8.0);
-        QPixmap sunLayer(1600, 800), moonLayer(1600, 800);
-        sunLayer.fill(Qt::red);
-        moonLayer.fill(Qt::red);
-        PaintShade(sunLayer, sun.get());
-        PaintShade(moonLayer, moon.get());
-        EXPECT_EQ(sunLayer.toImage().convertToFormat(QImage::Format_RGB32),
-                  FormulaShade(1600, 800, sunLatitude, sunLongitude, 10.0)) << round;
-        EXPECT_EQ(moonLayer.toImage().convertToFormat(QImage::Format_RGB32),
-                  FormulaShade(1600, 800, moonLatitude, moonLongitude, 8.0)) << round;
+        // Sun, then Moon: latitude, longitude, strength.
+        const double at[2][3] = {{-23.4 + 9.0 * round, -179.0 + 61.5 * round, 10.0},
+                                 {28.0 - 11.0 * round, 170.0 - 57.25 * round, 8.0}};
+        std::future<QImage> pictures[2];
+        for (int i = 0; i < 2; ++i)
+            pictures[i] = std::async(std::launch::async, ShadeImage, QSize(1600, 800), at[i][0], at[i][1], at[i][2]);
+        for (int i = 0; i < 2; ++i) {
+            QPixmap layer(1600, 800);
+            layer.fill(Qt::red);
+            PaintShade(layer, pictures[i].get());
+            EXPECT_EQ(layer.toImage().convertToFormat(QImage::Format_RGB32),
+                      FormulaShade(1600, 800, at[i][0], at[i][1], at[i][2])) << round << " " << i;
+        }
     }
     // Tables made for another width give no picture, and no picture leaves the layer alone.
     EXPECT_TRUE(ShadeImage(QSize(800, 400), 0.0, 0.0, 10.0).isNull());
