@@ -219,8 +219,8 @@ QByteArray SetHome(Place home)
 // A stand-in radio daemon, a controller of its own with the indicator in a
 // menu bar, on clocks the test moves. The stand-in answers each line as told
 // (without an answer it hangs up at once) and keeps what it was sent.
-struct StandIn {
-    explicit StandIn(std::function<QByteArray(const QByteArray &)> answer) : answer(answer)
+struct FakeDaemon {
+    explicit FakeDaemon(std::function<QByteArray(const QByteArray &)> answer) : answer(answer)
     {
         server.listen(QHostAddress::LocalHost, 0);
         QObject::connect(&server, &QTcpServer::newConnection, [this] {
@@ -274,7 +274,7 @@ constexpr const char *kAmber = "#e0a000", *kGreen = "#00b000", *kRed = "#e00000"
 TEST(StationControlFaults, NoHomeStationThenARadioRefusingSplit)
 {
     ResetSharedState();
-    StandIn c([](const QByteArray &line) -> QByteArray {
+    FakeDaemon c([](const QByteArray &line) -> QByteArray {
         if (line == "S 1 VFOB")
             return "RPRT -11\n";
         return line == "s" ? "0\nVFOA\n" : line == "f" ? "1296000000\n" : "RPRT 0\n";
@@ -328,7 +328,7 @@ TEST(StationControlFaults, ProbeSilenceGarbageHangingUp)
         WriteIni("[HOME_DATA]\nGrid=FN42mm\nLatitude=42.5\nLongitude=-71\n");
         homeData.trackingSource = Sun; // nothing for the radio to do
         int replies = 0;
-        StandIn c(nullptr);
+        FakeDaemon c(nullptr);
         if (row.reply)
             c.answer = [&](const QByteArray &) {
                 return QByteArray(replies++ < row.goodReplies ? "1296000000\n" : row.reply);
