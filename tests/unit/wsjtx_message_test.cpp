@@ -98,9 +98,10 @@ TEST(WsjtxMessage, TheDescribedExampleEveryCutOfItAndHostileDatagrams)
         // Calls and grids cut to the DX record; 0 and 2^64-1 read as sent.
         {Status(0, "VERYLONGCALL/QRP", "JO62qm12ab"), "Status|WSJT-X|0|VERYLONGCAL|JO62qm|readable"},
         {Status(UINT64_MAX, "Q1XYZ/P", ""), "Status|WSJT-X|18446744073709551615|Q1XYZ/P||readable"},
-        // A NUL, a space or a non-ASCII byte: neither call nor grid.
+        // A NUL, a space, a control or a non-ASCII byte: neither call nor grid.
         {Status(7, std::string("Q1\0XYZ", 6), "JO62qm"), "Status|WSJT-X|7|||unreadable"},
         {Status(7, "Q1XYZ", "JO62 qm"), "Status|WSJT-X|7|||unreadable"},
+        {Status(7, "Q1XYZ", "JO62\nm"), "Status|WSJT-X|7|||unreadable"},
         {Status(7, "\xc3\x98" "1XYZ", "JO62qm"), "Status|WSJT-X|7|||unreadable"},
     };
     for (const auto &row : rows)
@@ -131,6 +132,8 @@ TEST(WsjtxMessage, FollowsOnlyChangesOfReadableStationsAndRealDials)
     const struct { Bytes datagram; bool dx, frequency; const char *change; } steps[] = {
         {kExample, true, true, "-|-|-"},                              // the same again: nothing
         {Status(1296070000, "Q1XYZ", "JO62qm"), true, true, "-|-|1296.070000"},
+        {Status(1296070000, "Q1XYZ", ""), true, true, "-|-|-"},      // no grid: no station
+        {Status(1296070000, "Q2ABC", "ZZ"), true, true, "-|-|-"},    // not a locator
         {Status(1296070000, "Q1XYZ/P", "JO62qm"), true, true, "Q1XYZ/P|JO62qm|-"},
         {Status(1296070000, "Q1XYZ/P", "JO62"), false, true, "-|-|-"}, // not followed ...
         {Status(1296070000, "Q1XYZ/P", "JO62"), true, true, "Q1XYZ/P|JO62|-"}, // ... until it is
