@@ -51,11 +51,11 @@ class WsjtxLinkTest : public WindowTest
 {
 protected:
     // The link on a free local port, the home station at FN42mm, 1296.0 MHz.
-    void OpenLinked()
+    void OpenLinked(const char *extra = "")
     {
         port = FreeUdpPort();
         Open(QString("[HOME_DATA]\nGrid=FN42mm\nLatitude=42.52\nLongitude=-71.04\n"
-                     "[WSJTX]\nEnabled=true\nPort=%1\n").arg(port).toUtf8().constData());
+                     "[WSJTX]\nEnabled=true\nPort=%1\n%2").arg(port).arg(extra).toUtf8().constData());
         link = window->findChild<WsjtxLink *>("WsjtxLink");
         ASSERT_NE(link, nullptr);
     }
@@ -91,18 +91,18 @@ protected:
 TEST(WsjtxSettingsFile, DefaultsAndGarbledValues)
 {
     ResetSharedState();
-    const struct { const char *ini, *shown; } rows[] = {
-        {"Enabled=yes\nAddress= \nPort=70000\nFollowDx=0\nFollowFrequency=maybe\n", "0 127.0.0.1 2237 0 1"},
-        {"Enabled=true\nAddress=239.255.0.1\nPort=2238\nFollowDx=false\n", "1 239.255.0.1 2238 0 1"},
-    };
-    for (const auto &row : rows) {
+    auto shown = [](const char *ini) {
         WsjtxSettings s;
         s.port = 1; // not the default, which a garbled value must restore
-        WriteIni((std::string("[WSJTX]\n") + row.ini).c_str());
+        WriteIni(ini);
         LoadWsjtx(kSettingsFileName, s);
-        EXPECT_EQ(QString("%1 %2 %3 %4 %5").arg(s.enabled).arg(s.address).arg(s.port)
-                      .arg(s.followDx).arg(s.followFrequency).toStdString(), row.shown);
-    }
+        return QString("%1 %2 %3 %4 %5").arg(s.enabled).arg(s.address).arg(s.port).arg(s.followDx)
+            .arg(s.followFrequency).toStdString();
+    };
+    EXPECT_EQ(shown("[WSJTX]\nEnabled=yes\nAddress= \nPort=70000\nFollowDx=0\nFollowFrequency=maybe\n"),
+              "0 127.0.0.1 2237 0 1");
+    EXPECT_EQ(shown("[WSJTX]\nEnabled=true\nAddress=239.255.0.1\nPort=2238\nFollowDx=false\n"),
+              "1 239.255.0.1 2238 0 1");
 }
 
 TEST_F(WsjtxLinkTest, HostileDatagramsNoneAStatusItsRepeatTheSwitchesAndTheDot)
@@ -185,6 +185,23 @@ TEST_F(WsjtxLinkTest, HostileDatagramsNoneAStatusItsRepeatTheSwitchesAndTheDot)
         EXPECT_TRUE(link->status().startsWith(row.status)) << link->status().toStdString();
         EXPECT_TRUE(link->indicator()->toolTip().contains(QString(row.status).toHtmlEscaped()));
     }
+}
+
+TEST_F(WsjtxLinkTest, AMulticastGroupIsSharedWithAnotherListener)
+{
+    OpenLinked("Address=239.255.77.21\n");
+    if (link->state() == WsjtxLink::Failed)
+        GTEST_SKIP() << "no multicast here: " << link->status().toStdString();
+    QUdpSocket other; // another of WSJT-X's followers on the same port and group
+    ASSERT_TRUE(other.bind(QHostAddress::AnyIPv4, port, QUdpSocket::ShareAddress | QUdpSocket::ReuseAddressHint));
+    other.joinMulticastGroup(QHostAddress("239.255.77.21"));
+    sender.bind(QHostAddress::AnyIPv4, 0);
+    sender.setSocketOption(QAbstractSocket::MulticastLoopbackOption, 1);
+    sender.writeDatagram(Status(10368100000), QHostAddress("239.255.77.21"), port);
+    if (!QTest::qWaitFor([&] { return other.hasPendingDatagrams(); }, 2000))
+        GTEST_SKIP() << "multicast does not loop back on this machine";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return link->datagramsRead() == 1; }, 2000));
+    EXPECT_EQ(DxPanels(), "Q1XYZ|JO62qm|52.52|13.38|10368.10 Mhz");
 }
 
 } // namespace

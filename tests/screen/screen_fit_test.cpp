@@ -71,15 +71,14 @@ protected:
 TEST_F(ScreenFit, WindowFitsEveryPanelElementIsWholeAndApartAndDrawingsUseTheScreensPixels)
 {
     EXPECT_DOUBLE_EQ(window->devicePixelRatioF(), qEnvironmentVariable("QT_SCALE_FACTOR", "1").toDouble());
-    // Smaller screens: the whole free area, a window manager's frame included
-    // (which it reports a moment after mapping the window).
+    // Smaller screens: the whole free area, a window manager's frame (with a
+    // title bar, reported a moment after mapping) included.
     for (int wait = 0; !roomForTheForm && wait < 40 && window->frameGeometry().size() != free.size(); ++wait)
         QTest::qWait(50);
     const QSize frame = window->frameGeometry().size();
     EXPECT_TRUE(free.contains(window->frameGeometry())) << frame.width() << "x" << frame.height();
     EXPECT_EQ(roomForTheForm ? window->size() : frame, roomForTheForm ? QSize(1640, 960) : free.size());
-    const bool managed = qEnvironmentVariableIntValue("LUNAQUILL_WINDOW_MANAGED");
-    EXPECT_TRUE(!managed || frame.height() > window->height()) << "no title bar";
+    EXPECT_TRUE(!qEnvironmentVariableIntValue("LUNAQUILL_WINDOW_MANAGED") || frame.height() > window->height());
 
     const QRect inside = window->rect();
     const QRect map = InWindow(ui->WorldMap, window.get());
@@ -119,12 +118,13 @@ TEST_F(ScreenFit, WindowFitsEveryPanelElementIsWholeAndApartAndDrawingsUseTheScr
     // The map and its scales drawn in the screen's own pixels.
     const qreal ratio = window->devicePixelRatioF();
     window->TimerEvent(); // the first drawing
-    for (QLabel *label : {ui->WorldMap, ui->LatitudeFrameL, ui->LongitudeFrame}) {
+    auto drawnAtTheRatio = [ratio](const QLabel *label) {
         const QPixmap shown = label->pixmap();
-        EXPECT_DOUBLE_EQ(shown.devicePixelRatio(), ratio) << Name(label);
-        EXPECT_NEAR(shown.width(), label->width() * ratio, 1.0) << Name(label);
-        EXPECT_NEAR(shown.height(), label->height() * ratio, 1.0) << Name(label);
-    }
+        return shown.devicePixelRatio() == ratio && qAbs(shown.width() - label->width() * ratio) <= 1 &&
+               qAbs(shown.height() - label->height() * ratio) <= 1;
+    };
+    for (QLabel *label : {ui->WorldMap, ui->LatitudeFrameL, ui->LongitudeFrame})
+        EXPECT_TRUE(drawnAtTheRatio(label)) << Name(label);
     // The charts: square, centred in the map's halves and drawn at the same ratio.
     window->ViewModeButtonPressed();
     QApplication::processEvents();
@@ -132,12 +132,10 @@ TEST_F(ScreenFit, WindowFitsEveryPanelElementIsWholeAndApartAndDrawingsUseTheScr
     const QLabel *charts[] = {ui->StarChart1, ui->StarChart2};
     for (int i = 0; i < 2; ++i) {
         const QRect chart = charts[i]->geometry();
-        EXPECT_TRUE(charts[i]->isVisible() && chart.width() == chart.height()) << i;
+        EXPECT_TRUE(charts[i]->isVisible() && chart.width() == chart.height() && drawnAtTheRatio(charts[i])) << i;
         EXPECT_GE(chart.width(), std::min(area.width() / 2, area.height()) - 10);
         EXPECT_NEAR(chart.center().x(), area.left() + area.width() / 4 + i * area.width() / 2, 1.0) << i;
         EXPECT_NEAR(chart.center().y(), area.center().y(), 1.0) << i;
-        EXPECT_DOUBLE_EQ(charts[i]->pixmap().devicePixelRatio(), ratio) << i;
-        EXPECT_NEAR(charts[i]->pixmap().width(), chart.width() * ratio, 1.0) << i;
     }
     overlaySettings.StarChartOverlay = false;
 }
