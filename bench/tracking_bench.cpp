@@ -1,6 +1,9 @@
 // Cost of the calculator per source and request set, and of one refill of
 // the favourites table (the Moon with every figure for 500 stations).
 #include "tracking/ComputeSource.h"
+#include "tracking/LunarSeries.h"
+
+#include <libnova/lunar.h>
 
 #include <benchmark/benchmark.h>
 
@@ -36,6 +39,27 @@ BENCHMARK(BM_ComputeSource)
     ->Args({Jupiter, 1})->Args({Jupiter, 15})
     ->Args({CygnusA, 1})->Args({CygnusA, 15})
     ->Unit(benchmark::kMicrosecond);
+
+// The full lunar theory at one date: libnova's evaluation and ours (the same
+// bits), at a new date each time.
+void BM_LunarTheoryLibnova(benchmark::State &state)
+{
+    double jd = 2461369.5;
+    for (auto _ : state) {
+        ln_rect_posn moon;
+        ln_get_lunar_geo_posn(jd += 0.01, &moon, 0);
+        benchmark::DoNotOptimize(moon);
+    }
+}
+BENCHMARK(BM_LunarTheoryLibnova)->Unit(benchmark::kMicrosecond);
+
+void BM_LunarTheoryOurs(benchmark::State &state)
+{
+    double jd = 2461369.5;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(LunarGeoPosition(jd += 0.01, 0));
+}
+BENCHMARK(BM_LunarTheoryOurs)->Unit(benchmark::kMicrosecond);
 
 void BM_FavouritesRefill(benchmark::State &state)
 {

@@ -1,12 +1,12 @@
 #include "LunarCache.h"
 
+#include "LunarSeries.h"
+
 #include <libnova/lunar.h>
 #include <libnova/rise_set.h>
 #include <libnova/transform.h>
 #include <libnova/utility.h>
 
-#include <dlfcn.h>
-#include <link.h>
 
 #include <array>
 #include <cmath>
@@ -69,36 +69,10 @@ private:
 DateMemo<ln_equ_posn, 8> lunarPositions;
 DateMemo<double, 4> lunarDisks;
 
-using GeoPosition = void (*)(double, struct ln_rect_posn *, double);
-
-// Private copies of libnova, each loaded into a link namespace of its own.
-// The lunar theory writes its scratch (the series' truncation levels, the
-// last result) into statics, and a copy's statics are its own, so two copies
-// may run on two threads at once. The theory reads nothing that changes: its
-// result depends on the date and the precision alone (its one-entry cache
-// never answers, as its precision mark stays above any precision it
-// accepts), and a copy's answer is the program's copy's, bit for bit. Null
-// when no copy can be loaded (then everything is computed by the caller).
-GeoPosition PrivateLunarTheory(int copy)
-{
-    static const auto load = []() -> GeoPosition {
-        Dl_info info{};
-        if (!dladdr(reinterpret_cast<void *>(&ln_get_lunar_geo_posn), &info) || !info.dli_fname)
-            return nullptr;
-        void *library = dlmopen(LM_ID_NEWLM, info.dli_fname, RTLD_NOW | RTLD_LOCAL);
-        if (!library)
-            return nullptr;
-        auto theory = reinterpret_cast<GeoPosition>(dlsym(library, "ln_get_lunar_geo_posn"));
-        return theory == &ln_get_lunar_geo_posn ? nullptr : theory;
-    };
-    static const GeoPosition copies[2] = {load(), load()};
-    return copies[copy];
-}
-
 // The dates of the last prefetch, with their positions as they become ready.
 // Read and replaced on the calling thread only; the workers fulfil the
-// promises behind the futures. Each worker is its copy's only user: a new
-// prefetch waits for the last one's workers to end.
+// promises behind the futures. A new prefetch waits for the last one's
+// workers to end.
 struct Prefetch {
     static constexpr int kDates = 4;
     double dates[kDates] = {};
@@ -119,16 +93,14 @@ void EndPrefetch()
 }
 
 // The Moon's geocentric position at full precision: the prefetched one when
-// the date was prefetched, else computed here with the program's copy.
-ln_rect_posn LunarGeoPosition(double jd)
+// the date was prefetched, else computed here.
+ln_rect_posn PrefetchedGeoPosition(double jd)
 {
     for (int i = 0; i < Prefetch::kDates; ++i) {
         if (prefetch.positions[i].valid() && memcmp(&prefetch.dates[i], &jd, sizeof jd) == 0)
             return prefetch.positions[i].get();
     }
-    ln_rect_posn moon;
-    ln_get_lunar_geo_posn(jd, &moon, 0);
-    return moon;
+    return LunarGeoPosition(jd, 0);
 }
 
 // ln_get_lunar_equ_coords from a geocentric position: its ecliptic longitude
@@ -150,16 +122,16 @@ void EquatorialFromGeocentric(const ln_rect_posn &moon, double jd, ln_equ_posn &
 bool PrefetchLunarRiseSet(double jd)
 {
     EndPrefetch();
-    if (!prefetchUsed || !PrivateLunarTheory(0) || !PrivateLunarTheory(1))
+    if (!prefetchUsed)
         return false;
     // The dates as the search forms them: it asks for jd - 1.0, jd and
     // jd + 1.0; the search for a pass that began the day before asks for
     // (jd - 1.0) - 1.0 and then two it already has ((jd - 1.0) + 1.0 is jd
-    // exactly at these magnitudes). One copy takes the day before and the one
+    // exactly at these magnitudes). One thread takes the day before and the one
     // before that, the other the instant and the day after, each in the
     // order they are asked for. The day before that is wasted when no pass
     // began the day before, but it costs the calling thread no time: that
-    // waits for the day after, which the other copy ends no sooner.
+    // waits for the day after, which the other thread ends no sooner.
     const double wanted[Prefetch::kDates] = {jd - 1.0, (jd - 1.0) - 1.0, jd, jd + 1.0};
     using Promises = std::array<std::promise<ln_rect_posn>, Prefetch::kDates>;
     auto promises = std::make_shared<Promises>();
@@ -171,23 +143,19 @@ bool PrefetchLunarRiseSet(double jd)
             prefetch.positions[i] = (*promises)[i].get_future().share();
         }
     }
-    for (int copy = 0; copy < 2; ++copy) {
-        const GeoPosition theory = PrivateLunarTheory(copy);
-        const int first = 2 * copy;
+    for (int worker = 0; worker < 2; ++worker) {
+        const int first = 2 * worker;
         const bool ask[2] = {asked[first], asked[first + 1]};
         const double dates[2] = {wanted[first], wanted[first + 1]};
         try {
-            prefetch.workers[copy] = std::async(std::launch::async, [=] {
+            prefetch.workers[worker] = std::async(std::launch::async, [=] {
                 for (int i = 0; i < 2; ++i) {
-                    if (!ask[i])
-                        continue;
-                    ln_rect_posn moon;
-                    theory(dates[i], &moon, 0);
-                    (*promises)[first + i].set_value(moon);
+                    if (ask[i])
+                        (*promises)[first + i].set_value(LunarGeoPosition(dates[i], 0));
                 }
             });
         } catch (const std::system_error &) {
-            // No thread to be had: this copy's dates are computed by the caller.
+            // No thread to be had: these dates are computed by the caller.
             prefetch.positions[first] = prefetch.positions[first + 1] = {};
         }
     }
@@ -204,7 +172,7 @@ void CachedLunarEquCoords(double jd, struct ln_equ_posn *position)
 {
     *position = lunarPositions.get(jd, [](double date, ln_equ_posn &value) {
         if (prefetchUsed)
-            EquatorialFromGeocentric(LunarGeoPosition(date), date, value);
+            EquatorialFromGeocentric(PrefetchedGeoPosition(date), date, value);
         else
             ln_get_lunar_equ_coords(date, &value);
     });
