@@ -324,14 +324,22 @@ void MainWindow::RefreshPanels()
 
 void MainWindow::RebuildOverlays()
 {
-    // The Sun's and the Moon's shading pictures are pure pixel work: made on
-    // two other threads while this thread rolls the sky layer, and laid into
-    // their layers here, before the screen overlay reads them.
+    // The shading pictures are pure pixel work: made on two other threads
+    // while this thread rolls the sky layer and paints the screen overlay up
+    // to them.
+    StartShadePictures();
+    if (homeTracks[SagittariusA].valid)
+        CreateSkyOverlay(skyLayer, scaledSkyNoise, skyOverlayParameter);
+    CreateScreenOverlay();
+}
+
+void MainWindow::StartShadePictures()
+{
+    FinishShadePictures(); // an earlier pair not yet laid in
     auto shade = [](const QPixmap &layer, const SourceTrack &body, double strength) {
         return std::async(std::launch::async, ShadeImage, layer.size(), body.subLatitude,
                           body.subLongitude, strength);
     };
-    std::future<QImage> sunPicture, moonPicture;
     if (homeTracks[Sun].valid && overlaySettings.SunShadingOverlay
         && PrepareShadeColumns(sunShade.width()))
         sunPicture = shade(sunShade, homeTracks[Sun], 10.0);
@@ -343,13 +351,14 @@ void MainWindow::RebuildOverlays()
         if (PrepareShadeColumns(moonShade.width()))
             moonPicture = shade(moonShade, homeTracks[Moon], 8.0);
     }
-    if (homeTracks[SagittariusA].valid)
-        CreateSkyOverlay(skyLayer, scaledSkyNoise, skyOverlayParameter);
+}
+
+void MainWindow::FinishShadePictures()
+{
     if (sunPicture.valid())
         PaintShade(sunShade, sunPicture.get());
     if (moonPicture.valid())
         PaintShade(moonShade, moonPicture.get());
-    CreateScreenOverlay();
 }
 
 void MainWindow::Redraw()

@@ -25,6 +25,7 @@
 #include <QString>
 #include <QTimer>
 
+#include <future>
 #include <vector>
 
 class QFrame;
@@ -210,6 +211,12 @@ private:
     void SaveOverlaySettings();
     void ShowSaveFailure(const QString &error);
     void RebuildOverlays();
+    // The Sun's and the Moon's shading pictures, made on other threads from
+    // RebuildOverlays on and laid into their layers by the screen overlay
+    // just before it draws them (nothing when none is being made).
+    void StartShadePictures();
+    void FinishShadePictures();
+    std::future<QImage> sunPicture, moonPicture;
     void Redraw();
     void StepTime(int32_t step, QWidget *pressed);
     void SetStepButtonsGray();

@@ -357,6 +357,7 @@ void MainWindow::CreateScreenOverlay()
         }
     }
 
+    FinishShadePictures();
     painter.setOpacity(0.4);
     if (SubPointOf(homeTracks[Sun]) && on.SunShadingOverlay)
         DrawOverlay(painter, sunShade);

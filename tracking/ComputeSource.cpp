@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace lunaquill {
 
@@ -142,12 +143,32 @@ void ComputeSun(uint32_t flags, const struct tm &utc, double jd, ln_lnlat_posn &
     }
 }
 
+// A planet's place at a date: libnova's VSOP87 series depend on the date
+// alone (no nutation, and their own caches only remember the last date), so
+// the place last computed for the date is the place, and the second station
+// at the same instant costs nothing. One entry per planet and thread.
+ln_equ_posn PlanetPlace(const Planet &planet, double jd)
+{
+    struct Entry {
+        double jd;
+        ln_equ_posn place;
+        bool set;
+    };
+    thread_local Entry last[8] = {};
+    Entry &entry = last[&planet - kPlanets];
+    if (!entry.set || memcmp(&entry.jd, &jd, sizeof jd) != 0) {
+        planet.equCoords(jd, &entry.place);
+        entry.jd = jd;
+        entry.set = true;
+    }
+    return entry.place;
+}
+
 void ComputePlanet(const Planet &planet, uint32_t flags, const struct tm &utc, double jd,
                    ln_lnlat_posn &observer, SourceTrack &record)
 {
     if (flags & TrackPosition) {
-        ln_equ_posn equ;
-        planet.equCoords(jd, &equ);
+        ln_equ_posn equ = PlanetPlace(planet, jd);
         record.rightAscension = equ.ra / 15.0;
         record.declination = equ.dec;
         StoreHorizontal(equ, observer, jd, utc, record);

@@ -397,6 +397,18 @@ TEST(ComputeSource, PlanetsAndFixedPointsAsLibnovaGivesThem)
             {r.setTime, rst.set}, {double(r.riseSetStatus), double(status)}};
         for (const auto &f : figures) // in the order of the record
             EXPECT_NEAR(f[0], f[1], 1e-9) << "figure " << &f - figures;
+        if (p.equ) {
+            // A place is remembered per date: an hour later, then back for a
+            // second station, each place is libnova's at its date to the bit.
+            SourceTrack later{}, again{};
+            ComputeSource(p.id, TrackPosition, Utc(t + 3600), 0.0, 0.0, 144.0, later);
+            ln_equ_posn hourLater;
+            p.equ(JulianDay(t + 3600), &hourLater);
+            ComputeSource(p.id, TrackPosition, Utc(t), -33.9, 151.2, 144.0, again);
+            EXPECT_EQ(later.rightAscension, hourLater.ra / 15.0);
+            EXPECT_EQ(again.rightAscension, equ.ra / 15.0);
+            EXPECT_EQ(again.declination, equ.dec);
+        }
     }
 }
 
