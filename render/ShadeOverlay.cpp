@@ -140,6 +140,12 @@ void PaintShade(QPixmap &layer, QImage image)
     if (image.isNull() || image.size() != layer.size())
         return;
     image.setDevicePixelRatio(layer.devicePixelRatio()); // pixel for pixel on a scaled screen
+    // A layer of the picture's own format becomes the picture itself: the
+    // same pixels as copying it in, without the copy.
+    if (layer.toImage().format() == image.format()) {
+        layer = QPixmap::fromImage(std::move(image));
+        return;
+    }
     QPainter painter(&layer);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.drawImage(0, 0, image);

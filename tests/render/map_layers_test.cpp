@@ -340,8 +340,11 @@ TEST(ShadeOverlay, PicturesMadeOnTwoThreadsAtOnceEqualTheFormula)
         for (int i = 0; i < 2; ++i)
             pictures[i] = std::async(std::launch::async, ShadeImage, QSize(1600, 800), at[i][0], at[i][1], at[i][2]);
         for (int i = 0; i < 2; ++i) {
-            QPixmap layer(1600, 800);
-            layer.fill(Qt::red);
+            // The Moon's layer with an alpha channel: the picture is copied into it
+            // rather than taking its place.
+            QImage base(1600, 800, i ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+            base.fill(QColor(255, 0, 0, i ? 128 : 255));
+            QPixmap layer = QPixmap::fromImage(base);
             PaintShade(layer, pictures[i].get());
             EXPECT_EQ(layer.toImage().convertToFormat(QImage::Format_RGB32),
                       FormulaShade(1600, 800, at[i][0], at[i][1], at[i][2])) << round << " " << i;
