@@ -9,15 +9,6 @@
 #include <cmath>
 #include <cstdlib>
 
-// The grey levels are defined by single-precision products and sums rounded
-// one at a time; a fused multiply-add rounds once and could move a pixel by a
-// grey level, so contraction is switched off for this file.
-#if defined(__clang__)
-#pragma clang fp contract(off)
-#elif defined(__GNUC__)
-#pragma GCC optimize("fp-contract=off")
-#endif
-
 namespace lunaquill {
 
 namespace {

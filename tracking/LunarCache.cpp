@@ -15,14 +15,6 @@
 #include <memory>
 #include <system_error>
 
-// The ecliptic coordinates are formed exactly as libnova forms them (whose
-// build fuses no multiply-adds), so a contraction here would change bits.
-#if defined(__clang__)
-#pragma clang fp contract(off)
-#elif defined(__GNUC__)
-#pragma GCC optimize("fp-contract=off")
-#endif
-
 namespace lunaquill {
 
 namespace {

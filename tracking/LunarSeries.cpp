@@ -1,17 +1,9 @@
 #include "LunarSeries.h"
 
-#include <cmath>
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <vector>
-
-// Every operation is the one libnova's build performs, in its order; that
-// build fuses no multiply-adds, so a contraction here would change bits.
-#if defined(__clang__)
-#pragma clang fp contract(off)
-#elif defined(__GNUC__)
-#pragma GCC optimize("fp-contract=off")
-#endif
 
 namespace lunaquill {
 

@@ -164,8 +164,9 @@ TEST_F(FavoritesDialogTest, ListsInUtf8OrLatin1ShowTheirOwnCharacters)
         QTableWidget *table = dialog.widgets()->tableWidget;
         EXPECT_EQ(table->item(0, 0)->text() + "|" + table->item(0, 1)->text(),
                   QString::fromUtf8("Z\u00fcrich|Q1\u00c4BC")) << file;
-        if (table->rowCount() > 1)
+        if (table->rowCount() > 1) {
             EXPECT_EQ(table->item(1, 0)->text(), QString(62, 'L'));
+        }
     }
     Open(nullptr, false);
     WhenOpen<FavoritesDialog>([](FavoritesDialog &d) { d.FavoriteSelected(d.widgets()->tableWidget->item(0, 0)); },

@@ -17,13 +17,6 @@
 #include <limits>
 #include <vector>
 
-// The shading formula below rounds each single-precision product and sum on its own.
-#if defined(__clang__)
-#pragma clang fp contract(off)
-#elif defined(__GNUC__)
-#pragma GCC optimize("fp-contract=off")
-#endif
-
 using namespace lunaquill;
 
 namespace {
