@@ -66,7 +66,6 @@ public:
     const QPixmap &baseMapPixmap() const { return baseMap; }
     const QPixmap &sunShadePixmap() const { return sunShade; }
     const QPixmap &moonShadePixmap() const { return moonShade; }
-    const QPixmap &skyLayerPixmap() const { return skyLayer; }
     void requestForceRefresh() { forceRefresh = true; }
     // The first-run hint (no settings file yet); null once it has gone.
     QFrame *firstRunHint() const { return homeStationHint; }
@@ -164,6 +163,14 @@ private:
     QPixmap moonShade;
     QPixmap baseMap;          // topographic image at map size, with grid lines
     QPixmap skyLayer;         // the sky-noise image rolled with the sky
+    // The last roll of the sky-noise image. On an unscaled screen the roll is
+    // drawn straight from the image (the same pixels as the rolled layer), so
+    // the layer itself is made only for a scaled screen or a logged roll.
+    struct SkyRoll {
+        bool made = false;
+        int column = 0;
+        int sagittariusX = 0;
+    } skyRoll;
     QPixmap screenOverlay;    // every sky and body layer over the base map
     QPixmap topoMaster;
     QPixmap scaledSkyNoise;

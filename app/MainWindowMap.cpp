@@ -238,6 +238,7 @@ void MainWindow::MakeMapImages()
         scaledSkyNoise = skyNoiseMaster.scaled(map, Qt::IgnoreAspectRatio, Qt::FastTransformation);
     skyLayer = QPixmap(map);
     skyLayer.fill(Qt::black);
+    skyRoll = {};
     screenOverlay = QPixmap(map);
     DrawMapOverlay();
 }
@@ -285,7 +286,10 @@ void MainWindow::CreateSkyOverlay(QPixmap &target, const QPixmap &source, int co
     QPoint sagittarius;
     LatLongToPoint(homeTracks[SagittariusA].subLatitude, homeTracks[SagittariusA].subLongitude,
                    sagittarius);
-    RollSkyOverlay(target, source, column, sagittarius.x(), skyOverlayDebug);
+    if (&target == &skyLayer)
+        skyRoll = {true, column, sagittarius.x()};
+    if (&target != &skyLayer || baseMap.devicePixelRatio() != 1.0 || skyOverlayDebug)
+        RollSkyOverlay(target, source, column, sagittarius.x(), skyOverlayDebug);
 }
 
 void MainWindow::DrawOverlay(QPainter &painter, const QPixmap &layer)
@@ -307,7 +311,10 @@ void MainWindow::CreateScreenOverlay()
         QPainter sky(&canvas);
         sky.setRenderHint(QPainter::SmoothPixmapTransform, ratio != 1.0); // stretched if scaled
         sky.setOpacity(0.4);
-        sky.drawPixmap(0, 0, skyLayer);
+        if (ratio == 1.0 && skyRoll.made)
+            DrawSkyRolled(sky, scaledSkyNoise, skyRoll.column, skyRoll.sagittariusX);
+        else
+            sky.drawPixmap(0, 0, skyLayer);
     }
     if (on.StarsOverlay) {
         // In the canvas's own pixels whatever the screen's scale: discs of

@@ -5,6 +5,7 @@
 // chart. The charts need an X server for their OpenGL context, e.g.
 //   QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1920x1080x24" build/bench/window_bench
 #include "app/MainWindow.h"
+#include "EveryLayerOn.h"
 
 #include "tracking/SharedState.h"
 
@@ -42,26 +43,6 @@ void MeasureSteps(benchmark::State &state, Step step)
         benchmark::Counter((ProcessCpuMs() - start) / double(state.iterations()));
 }
 
-void EveryLayerOn()
-{
-    homeData.latitude = 42.51;
-    homeData.longitude = -70.96;
-    homeData.frequency = 1296.0;
-    CopyField(homeData.grid, "FN42mm");
-    homeStationSet = 1;
-    CopyField(dxStation.grid, "QF56oc");
-    dxStation.latitude = -33.9;
-    dxStation.longitude = 151.2;
-    dxStationSet = 1;
-    OverlaySettings &on = overlaySettings;
-    on.SunOverlay = on.MoonOverlay = on.MercuryOverlay = on.VenusOverlay = on.MarsOverlay = true;
-    on.SaturnOverlay = on.JupiterOverlay = on.NeptuneOverlay = on.UranusOverlay = true;
-    on.PlutoOverlay = on.SunShadingOverlay = on.MoonShadingOverlay = on.SkyNoiseOverlay = true;
-    on.StarsOverlay = on.ConstellationsOverlay = on.LatitudeGridlines = true;
-    on.LongitudeGridlines = on.FavoriteStationsOverlay = true;
-    on.StarsMagnitude = 20; // every catalogue object
-    on.StarChartOverlay = false;
-}
 
 void BM_SunShadeLayer(benchmark::State &state)
 {

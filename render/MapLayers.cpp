@@ -209,13 +209,11 @@ void DrawRolled(QPainter &painter, const QPixmap &layer, int mapWidth, int mapOf
     DrawPieces(painter, layer, RollAt(mapWidth, height, split));
 }
 
-void RollSkyOverlay(QPixmap &target, const QPixmap &source, int column, int sagittariusX,
-                    bool debug)
+namespace {
+
+// The pieces that put the sky image's reference column under Sagittarius.
+RolledPieces SkyRoll(int width, int height, int column, int sagittariusX, bool debug)
 {
-    if (target.isNull() || source.isNull())
-        return;
-    const int width = source.width();
-    const int height = source.height();
     const bool left = sagittariusX <= column;
     int64_t shift = int64_t(column) - sagittariusX + (left ? 0 : width);
     // Sagittarius off the map (a negative x) or a reference column beyond a
@@ -230,13 +228,29 @@ void RollSkyOverlay(QPixmap &target, const QPixmap &source, int column, int sagi
         else
             qDebug("Shifting source_overlay to the RIGHT by %d pixels", int(shift));
     }
-    const RolledPieces pieces = RollAt(width, height, int(shift));
+    return RollAt(width, height, int(shift));
+}
+
+} // namespace
+
+void RollSkyOverlay(QPixmap &target, const QPixmap &source, int column, int sagittariusX,
+                    bool debug)
+{
+    if (target.isNull() || source.isNull())
+        return;
+    const RolledPieces pieces = SkyRoll(source.width(), source.height(), column, sagittariusX, debug);
     QPainter painter(&target);
     DrawPieces(painter, source, pieces);
     if (debug) {
         LogCopy(pieces.firstSource, pieces.firstTarget);
         LogCopy(pieces.secondSource, pieces.secondTarget);
     }
+}
+
+void DrawSkyRolled(QPainter &painter, const QPixmap &source, int column, int sagittariusX)
+{
+    if (!source.isNull())
+        DrawPieces(painter, source, SkyRoll(source.width(), source.height(), column, sagittariusX, false));
 }
 
 } // namespace lunaquill

@@ -54,4 +54,8 @@ void DrawRolled(QPainter &painter, const QPixmap &layer, int mapWidth, int mapOf
 void RollSkyOverlay(QPixmap &target, const QPixmap &source, int column, int sagittariusX,
                     bool debug);
 
+// The same roll drawn with `painter` as it stands (its opacity, say): the
+// pixels of drawing the rolled layer, without making it.
+void DrawSkyRolled(QPainter &painter, const QPixmap &source, int column, int sagittariusX);
+
 } // namespace lunaquill

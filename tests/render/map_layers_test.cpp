@@ -111,6 +111,37 @@ TEST(Roll, LayersFollowTheMapOffsetAndTheSkySagittarius)
     EXPECT_TRUE(MapRollSplit(1600, -2000000000) == kMaxInt && OverlayRollSplit(1600, -2000000000) == kMaxInt);
 }
 
+// The window draws the sky's roll straight onto the map at 40 % instead of rolling a layer
+// and laying that on: the same pixels, over noise, at shifts inside, at and beyond the edges.
+TEST(Roll, SkyDrawnRolledEqualsTheRolledLayerLaidOn)
+{
+    auto noise = [](int seed) {
+        QImage image(320, 40, QImage::Format_RGB32);
+        uint32_t state = 2463534242u * uint32_t(seed);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                state ^= state << 13, state ^= state >> 17, state ^= state << 5;
+                image.setPixel(x, y, state | 0xff000000u);
+            }
+        return image;
+    };
+    const QPixmap sky = QPixmap::fromImage(noise(1));
+    for (int at : {-700, -1, 0, 1, 75, 76, 77, 319, 320, 321, 900}) {
+        QPixmap layer(320, 40);
+        layer.fill(Qt::black);
+        RollSkyOverlay(layer, sky, 76, at, false);
+        QImage laidOn = noise(2), drawn = noise(2);
+        QPainter first(&laidOn), second(&drawn);
+        first.setOpacity(0.4);
+        first.drawPixmap(0, 0, layer);
+        second.setOpacity(0.4);
+        DrawSkyRolled(second, sky, 76, at);
+        first.end();
+        second.end();
+        EXPECT_TRUE(laidOn == drawn) << at;
+    }
+}
+
 // On a screen scaled to 200 % the layers have two pixels to each of the map's: the pieces are
 // cut in the layer's own pixels (map column 100 is pixels 200-201, and with offset 12 lands on
 // 892, pixels 1784-1785), the base map keeps its ratio and its grid lines are one pixel thick
