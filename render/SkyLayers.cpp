@@ -15,13 +15,6 @@ namespace lunaquill {
 
 namespace {
 
-QPoint MapPoint(const SkyView &view, double raHours, double decDegrees, double &longitude)
-{
-    double latitude;
-    SubSourcePoint(view.utc, raHours, decDegrees, latitude, longitude);
-    return LatLongToPoint(view.mapWidth, view.mapHeight, view.mapOffset, latitude, longitude);
-}
-
 bool InTable(int c) { return c >= 0 && c < kConstellationCount; }
 
 // The colour scale by colour index: first step whose bound lies above it.
@@ -84,14 +77,14 @@ struct Star {
 // The drawn objects of the list, in table order, with their map points.
 std::vector<Star> StarsOf(const SkyView &view, const ObjectList &list, int magnitudeLimit)
 {
+    const SkyMapper mapPoint(view);
     std::vector<Star> stars;
     stars.reserve(size_t(std::max(list.count, 0)));
     for (int i = 0; i < list.count; ++i) {
         const CatalogueObject &object = list.objects[i];
         if (!IsDrawnObject(object, magnitudeLimit))
             continue;
-        double longitude;
-        stars.push_back({MapPoint(view, object.rightAscension, object.declination, longitude),
+        stars.push_back({mapPoint(object.rightAscension, object.declination),
                          object.magnitude < 0 ? 2 : 1, ColourStep(object.colourIndex)});
     }
     return stars;
@@ -170,6 +163,12 @@ struct Pixels {
     uchar *bits;
     qsizetype stride;
     int width, height;
+    explicit Pixels(QImage &image)
+        : bits(image.bits()), stride(image.bytesPerLine()), width(image.width()),
+          height(image.height())
+    {
+    }
+    uint *Line(int y) const { return reinterpret_cast<uint *>(bits + y * stride); }
 };
 
 template <size_t N>
@@ -181,10 +180,63 @@ void BlendDisc(const Pixels &image, QPoint centre, const DiscRow (&disc)[N], uin
             continue;
         const int first = std::max(centre.x() + row.first, 0);
         const int last = std::min(centre.x() + row.last, image.width - 1);
-        uint *line = reinterpret_cast<uint *>(image.bits + y * image.stride);
+        uint *line = image.Line(y);
         for (int x = first; x <= last; ++x)
             line[x] = SourceOver(line[x], colour);
     }
+}
+
+// The colour a plain, opaque, one-pixel pen writes over whatever lies
+// beneath (its premultiplied self), or false for any other pen or painter.
+bool OpaqueLinePen(const QPainter &painter, uint &colour)
+{
+    const QPen &pen = painter.pen();
+    const bool plain = pen.style() == Qt::SolidLine && pen.brush().style() == Qt::SolidPattern
+                       && pen.capStyle() != Qt::FlatCap && (pen.widthF() == 0 || pen.widthF() == 1)
+                       && painter.opacity() == 1.0 && pen.color().rgba64().isOpaque();
+    colour = pen.color().rgba();
+    return plain;
+}
+
+// The pixels the raster engine's cosmetic stroker sets for the line a-b with
+// such a pen: the ends in 26.6 fixed point, pushed half a pixel outward along
+// the major axis (the caps); one pixel per major step, at the pixel's centre
+// (rounded down for a falling line), the minor coordinate advanced in 16.16
+// steps of a truncated quotient. A line of one point is that pixel. Pixels
+// off the image are skipped, as the engine does. Ends must lie within a
+// pixel of the image, where the engine clips nothing.
+void StrokeLine(const Pixels &image, QPoint a, QPoint b, uint colour)
+{
+    auto put = [&image, colour](int x, int y) {
+        if (x >= 0 && x < image.width && y >= 0 && y < image.height)
+            image.Line(y)[x] = colour;
+    };
+    if (a == b) {
+        put(a.x(), a.y());
+        return;
+    }
+    const bool vertical = std::abs(b.x() - a.x()) < std::abs(b.y() - a.y());
+    auto major = [vertical](QPoint p) { return 64 * (vertical ? p.y() : p.x()); };
+    auto minor = [vertical](QPoint p) { return 64 * (vertical ? p.x() : p.y()); };
+    if (major(a) > major(b))
+        std::swap(a, b);
+    const int64_t step = int64_t(minor(b) - minor(a)) * 65536 / (major(b) - major(a));
+    const int begin = major(a) - 32, end = major(b) + 32;
+    int m = (begin + 32) >> 6;
+    const int stop = (end + 32) >> 6;
+    int64_t n = int64_t(minor(a)) * 1024 - (step >> 1);
+    n += int64_t(m * 64 + (step > 0 ? 32 : 0) - begin) * step >> 6;
+    for (; m < stop; ++m, n += step) {
+        if (vertical)
+            put(int(n >> 16), m);
+        else
+            put(m, int(n >> 16));
+    }
+}
+
+bool NearImage(QPoint p, const Pixels &image)
+{
+    return p.x() >= -1 && p.x() <= image.width + 1 && p.y() >= -1 && p.y() <= image.height + 1;
 }
 
 } // namespace
@@ -219,7 +271,7 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
     if (stars.empty())
         return;
     const QRgb *colours = EngineColours(painter.opacity());
-    const Pixels pixels{image->bits(), image->bytesPerLine(), image->width(), image->height()};
+    const Pixels pixels(*image);
     for (const Star &star : stars) {
         if (star.size == 2)
             BlendDisc(pixels, star.centre, kDisc2, colours[star.colour]);
@@ -229,6 +281,28 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
     // Leave the painter as the star-by-star drawing does.
     painter.setPen(Paints().pens[stars.back().colour]);
     painter.setBrush(Paints().brushes[stars.back().colour]);
+}
+
+void DrawLines(QPainter &painter, const std::vector<QLine> &lines)
+{
+    if (lines.empty())
+        return;
+    QImage *image = DirectTarget(painter);
+    uint colour;
+    if (image && OpaqueLinePen(painter, colour)) {
+        // Thousands of short lines cost the engine more in set-up than in
+        // pixels: the same pixels are set straight into the image.
+        const Pixels pixels(*image);
+        const bool near = std::all_of(lines.begin(), lines.end(), [&pixels](const QLine &line) {
+            return NearImage(line.p1(), pixels) && NearImage(line.p2(), pixels);
+        });
+        if (near) {
+            for (const QLine &line : lines)
+                StrokeLine(pixels, line.p1(), line.p2(), colour);
+            return;
+        }
+    }
+    painter.drawLines(lines.data(), int(lines.size()));
 }
 
 OutlinePoint Precess(OutlinePoint from, double fromJd, double toJd)
@@ -327,11 +401,11 @@ std::vector<QLine> MapLines(const SkyView &view, const std::vector<std::vector<O
     const int width = view.mapWidth;
     if (width <= 0)
         return segments;
+    const SkyMapper mapPoint(view);
     for (const std::vector<OutlinePoint> &part : parts) {
         QPoint previous;
         for (size_t i = 0; i < part.size(); ++i) {
-            double longitude;
-            QPoint p = MapPoint(view, part[i].rightAscension, part[i].declination, longitude);
+            QPoint p = mapPoint(part[i].rightAscension, part[i].declination);
             p.setX((p.x() % width + width) % width);  // on the map, whatever the offset
             if (i > 0)
                 AddStep(segments, previous, p, width);
@@ -353,13 +427,44 @@ void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutl
         painter.drawLines(segments.data(), int(segments.size()));
 }
 
+namespace {
+
+void DrawLabel(QPainter &painter, const SkyView &view, const char (&abbreviation)[5],
+               OutlinePoint j2000)
+{
+    const QPoint p = SkyMapper(view)(j2000.rightAscension, j2000.declination);
+    const int length = int(strnlen(abbreviation, sizeof abbreviation));
+    painter.drawText(p.x() - 3 * length, p.y() - 8, QString::fromLatin1(abbreviation, length));
+}
+
+// The outlines' parts and the label points in J2000, which no instant
+// changes: precessed once, on first use, instead of at every drawing.
+struct J2000Sky {
+    std::vector<std::vector<OutlinePoint>> outlineParts[kConstellationCount];
+    OutlinePoint labels[kConstellationCount];
+};
+
+const J2000Sky &PrecessedSky()
+{
+    static const J2000Sky sky = [] {
+        J2000Sky made;
+        for (int c = 0; c < kConstellationCount; ++c) {
+            if (kConstellationOutlines[c])
+                made.outlineParts[c] = OutlineParts(*kConstellationOutlines[c]);
+            made.labels[c] = PrecessB1875ToJ2000({kConstellations[c].rightAscension,
+                                                  kConstellations[c].declination});
+        }
+        return made;
+    }();
+    return sky;
+}
+
+} // namespace
+
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row)
 {
-    const OutlinePoint label = PrecessB1875ToJ2000({row.rightAscension, row.declination});
-    double longitude;
-    const QPoint p = MapPoint(view, label.rightAscension, label.declination, longitude);
-    const int length = int(strnlen(row.abbreviation, sizeof row.abbreviation));
-    painter.drawText(p.x() - 3 * length, p.y() - 8, QString::fromLatin1(row.abbreviation, length));
+    DrawLabel(painter, view, row.abbreviation,
+              PrecessB1875ToJ2000({row.rightAscension, row.declination}));
 }
 
 void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int magnitudeLimit)
@@ -370,14 +475,27 @@ void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int
 
 void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c)
 {
-    if (InTable(c))
-        DrawOutline(painter, view, kConstellationOutlines[c]);
+    if (!InTable(c) || !kConstellationOutlines[c])
+        return;
+    DrawLines(painter, MapLines(view, PrecessedSky().outlineParts[c]));
 }
 
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c)
 {
     if (InTable(c))
-        DrawConstellationLabel(painter, view, kConstellations[c]);
+        DrawLabel(painter, view, kConstellations[c].abbreviation, PrecessedSky().labels[c]);
+}
+
+SkyMapper::SkyMapper(const SkyView &view)
+    : siderealDegrees(SiderealDegrees(view.utc)), grid(view.mapWidth, view.mapHeight, view.mapOffset)
+{
+}
+
+QPoint SkyPoint(const SkyView &view, double raHours, double decDegrees)
+{
+    double latitude, longitude;
+    SubSourcePoint(view.utc, raHours, decDegrees, latitude, longitude);
+    return LatLongToPoint(view.mapWidth, view.mapHeight, view.mapOffset, latitude, longitude);
 }
 
 } // namespace lunaquill

@@ -4,7 +4,9 @@
 // drawing can be checked on a plain pixmap.
 #pragma once
 
+#include "Projection.h"
 #include "SkyTables.h"
+#include "tracking/EmeFigures.h"
 
 #include <QColor>
 #include <QLine>
@@ -21,6 +23,25 @@ struct SkyView {
     int mapHeight;
     int mapOffset;   // hours the map is rolled eastward
     struct tm utc;
+};
+
+// The map point of a J2000 position at the view's instant: its sub-point
+// (SubSourcePoint) projected on the rolled map (LatLongToPoint).
+QPoint SkyPoint(const SkyView &view, double raHours, double decDegrees);
+
+// The same for the thousands of points of one view, with the instant's
+// sidereal angle and the map's terms worked out once: exactly SkyPoint.
+class SkyMapper {
+public:
+    explicit SkyMapper(const SkyView &view);
+    QPoint operator()(double raHours, double decDegrees) const
+    {
+        return grid.Point(decDegrees, SubLongitude(raHours, siderealDegrees));
+    }
+
+private:
+    double siderealDegrees;
+    MapGrid grid;
 };
 
 // Size 2 for magnitudes below 0, else 1; colour by colour index (B-V), from
@@ -46,6 +67,12 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
 // pixel.
 void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
                          int magnitudeLimit);
+
+// The lines as painter.drawLines draws them, pixel for pixel. On a painter
+// of a 32-bit QImage as DrawObjects takes it, with an opaque, solid,
+// one-pixel pen with caps and every end within a pixel of the image, they
+// are set straight into the image, much faster.
+void DrawLines(QPainter &painter, const std::vector<QLine> &lines);
 
 // Julian days of the boundaries' epoch (B1875.0) and the catalogue's (J2000.0).
 constexpr double kB1875 = 2405889.258550475;
@@ -85,7 +112,9 @@ void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutl
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row);
 
 // The same for constellation number c (0..87) of the built-in tables; any
-// other number, or an absent entry, draws nothing.
+// other number, or an absent entry, draws nothing. The outlines and label
+// points are precessed once, at the first drawing (DrawOutline and the
+// row's DrawConstellationLabel precess at every call).
 void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int magnitudeLimit);
 void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c);
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c);
