@@ -3,7 +3,11 @@
 #include "Projection.h"
 #include "tracking/EmeFigures.h"
 
+#include <QCoreApplication>
+#include <QFontMetricsF>
 #include <QPaintEngine>
+#include <QStaticText>
+#include <QThread>
 
 #include <algorithm>
 #include <cmath>
@@ -429,12 +433,34 @@ void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutl
 
 namespace {
 
-void DrawLabel(QPainter &painter, const SkyView &view, const char (&abbreviation)[5],
-               OutlinePoint j2000)
+// Where the abbreviation's baseline starts: centred over the map point of
+// its label point, x - 3 * length, y - 8.
+QPoint LabelOrigin(const SkyView &view, const char (&abbreviation)[5], OutlinePoint j2000)
 {
     const QPoint p = SkyMapper(view)(j2000.rightAscension, j2000.declination);
-    const int length = int(strnlen(abbreviation, sizeof abbreviation));
-    painter.drawText(p.x() - 3 * length, p.y() - 8, QString::fromLatin1(abbreviation, length));
+    return {p.x() - 3 * int(strnlen(abbreviation, sizeof abbreviation)), p.y() - 8};
+}
+
+QString LabelText(const char (&abbreviation)[5])
+{
+    return QString::fromLatin1(abbreviation, int(strnlen(abbreviation, sizeof abbreviation)));
+}
+
+// The abbreviation of constellation c laid out once, for a painter without
+// a transform on the application's own thread; null for any other.
+// drawStaticText at the baseline less the font's ascent (a whole number of
+// 64ths, so the sum comes back exact) sets the pixels drawText sets, and
+// saves the text's shaping at every drawing. Never freed: the layouts hold
+// on to font engines the application tears down at its end.
+QStaticText *LaidOutLabel(const QPainter &painter, int c)
+{
+    if (painter.deviceTransform().type() != QTransform::TxNone || !QCoreApplication::instance()
+        || QThread::currentThread() != QCoreApplication::instance()->thread())
+        return nullptr;
+    static QStaticText *const laidOut = new QStaticText[kConstellationCount];
+    if (laidOut[c].text().isEmpty())
+        laidOut[c].setText(LabelText(kConstellations[c].abbreviation));
+    return &laidOut[c];
 }
 
 // The outlines' parts and the label points in J2000, which no instant
@@ -463,8 +489,9 @@ const J2000Sky &PrecessedSky()
 
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row)
 {
-    DrawLabel(painter, view, row.abbreviation,
-              PrecessB1875ToJ2000({row.rightAscension, row.declination}));
+    painter.drawText(LabelOrigin(view, row.abbreviation,
+                                 PrecessB1875ToJ2000({row.rightAscension, row.declination})),
+                     LabelText(row.abbreviation));
 }
 
 void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int magnitudeLimit)
@@ -482,8 +509,16 @@ void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c)
 
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c)
 {
-    if (InTable(c))
-        DrawLabel(painter, view, kConstellations[c].abbreviation, PrecessedSky().labels[c]);
+    if (!InTable(c))
+        return;
+    const char(&abbreviation)[5] = kConstellations[c].abbreviation;
+    const QPoint origin = LabelOrigin(view, abbreviation, PrecessedSky().labels[c]);
+    if (QStaticText *laidOut = LaidOutLabel(painter, c)) {
+        const qreal ascent = QFontMetricsF(painter.font(), painter.device()).ascent();
+        painter.drawStaticText(QPointF(origin.x(), origin.y() - ascent), *laidOut);
+    } else {
+        painter.drawText(origin, LabelText(abbreviation));
+    }
 }
 
 SkyMapper::SkyMapper(const SkyView &view)
