@@ -72,17 +72,11 @@ const StarPaints &Paints()
     return paints;
 }
 
-struct Star {
-    QPoint centre;
-    int size;
-    int colour;  // step of the colour scale
-};
-
 // The drawn objects of the list, in table order, with their map points.
-std::vector<Star> StarsOf(const SkyView &view, const ObjectList &list, int magnitudeLimit)
+std::vector<StarDisc> StarsOf(const SkyView &view, const ObjectList &list, int magnitudeLimit)
 {
     const SkyMapper mapPoint(view);
-    std::vector<Star> stars;
+    std::vector<StarDisc> stars;
     stars.reserve(size_t(std::max(list.count, 0)));
     for (int i = 0; i < list.count; ++i) {
         const CatalogueObject &object = list.objects[i];
@@ -245,38 +239,33 @@ bool NearImage(QPoint p, const Pixels &image)
 
 } // namespace
 
-void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
-                         int magnitudeLimit)
+namespace {
+
+void EllipsesOneByOne(QPainter &painter, const std::vector<StarDisc> &stars)
 {
-    if (!list || !list->objects)
-        return;
     const StarPaints &paints = Paints();
-    for (const Star &star : StarsOf(view, *list, magnitudeLimit)) {
+    for (const StarDisc &star : stars) {
         painter.setPen(paints.pens[star.colour]);
         painter.setBrush(paints.brushes[star.colour]);
         painter.drawEllipse(star.centre, star.size, star.size);
     }
 }
 
-void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
-                 int magnitudeLimit)
+void DrawDiscs(QPainter &painter, const std::vector<StarDisc> &stars)
 {
+    if (stars.empty())
+        return;
     QImage *image = DirectTarget(painter);
     if (!image) {
-        DrawObjectsOneByOne(painter, view, list, magnitudeLimit);
+        EllipsesOneByOne(painter, stars);
         return;
     }
-    if (!list || !list->objects)
-        return;
     // Thousands of tiny ellipses cost the engine far more than their few
     // pixels: blend the discs straight into the image, in table order, with
     // the engine's own colours and arithmetic.
-    const std::vector<Star> stars = StarsOf(view, *list, magnitudeLimit);
-    if (stars.empty())
-        return;
     const QRgb *colours = EngineColours(painter.opacity());
     const Pixels pixels(*image);
-    for (const Star &star : stars) {
+    for (const StarDisc &star : stars) {
         if (star.size == 2)
             BlendDisc(pixels, star.centre, kDisc2, colours[star.colour]);
         else
@@ -285,6 +274,22 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
     // Leave the painter as the star-by-star drawing does.
     painter.setPen(Paints().pens[stars.back().colour]);
     painter.setBrush(Paints().brushes[stars.back().colour]);
+}
+
+} // namespace
+
+void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
+                         int magnitudeLimit)
+{
+    if (list && list->objects)
+        EllipsesOneByOne(painter, StarsOf(view, *list, magnitudeLimit));
+}
+
+void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
+                 int magnitudeLimit)
+{
+    if (list && list->objects)
+        DrawDiscs(painter, StarsOf(view, *list, magnitudeLimit));
 }
 
 void DrawLines(QPainter &painter, const std::vector<QLine> &lines)
@@ -507,17 +512,52 @@ void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c)
     DrawLines(painter, MapLines(view, PrecessedSky().outlineParts[c]));
 }
 
-void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c)
+namespace {
+
+void DrawLabelAt(QPainter &painter, int c, QPoint origin)
 {
-    if (!InTable(c))
-        return;
-    const char(&abbreviation)[5] = kConstellations[c].abbreviation;
-    const QPoint origin = LabelOrigin(view, abbreviation, PrecessedSky().labels[c]);
     if (QStaticText *laidOut = LaidOutLabel(painter, c)) {
         const qreal ascent = QFontMetricsF(painter.font(), painter.device()).ascent();
         painter.drawStaticText(QPointF(origin.x(), origin.y() - ascent), *laidOut);
     } else {
-        painter.drawText(origin, LabelText(abbreviation));
+        painter.drawText(origin, LabelText(kConstellations[c].abbreviation));
+    }
+}
+
+} // namespace
+
+void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c)
+{
+    if (InTable(c))
+        DrawLabelAt(painter, c,
+                    LabelOrigin(view, kConstellations[c].abbreviation, PrecessedSky().labels[c]));
+}
+
+SkyLayout LayOutSky(const SkyView &starsView, int magnitudeLimit, const SkyView &outlinesView)
+{
+    SkyLayout sky;
+    const J2000Sky &j2000 = PrecessedSky();
+    for (int c = 0; c < kConstellationCount; ++c) {
+        if (kCatalogue[c] && kCatalogue[c]->objects)
+            sky.stars[c] = StarsOf(starsView, *kCatalogue[c], magnitudeLimit);
+        if (kConstellationOutlines[c])
+            sky.outlines[c] = MapLines(outlinesView, j2000.outlineParts[c]);
+        sky.labels[c] = LabelOrigin(outlinesView, kConstellations[c].abbreviation, j2000.labels[c]);
+    }
+    return sky;
+}
+
+void DrawSkyStars(QPainter &painter, const SkyLayout &sky)
+{
+    for (const std::vector<StarDisc> &stars : sky.stars)
+        DrawDiscs(painter, stars);
+}
+
+void DrawSkyOutlines(QPainter &painter, const SkyLayout &sky)
+{
+    for (int c = 0; c < kConstellationCount; ++c) {
+        DrawLines(painter, sky.outlines[c]);
+        DrawLabelAt(painter, c, sky.labels[c]);
     }
 }
 

@@ -49,6 +49,14 @@ private:
 // "#ffffff" for an unknown one (kUnknownColourIndex).
 void StarStyle(double magnitude, double colourIndex, QColor &colour, int &size);
 
+// A drawn object as a disc: its map point, its size (radius, as StarStyle
+// gives it) and the step of its colour on StarStyle's scale.
+struct StarDisc {
+    QPoint centre;
+    int size;
+    int colour;
+};
+
 // Only stars, multiple and variable stars, open and globular clusters,
 // planetary and bright nebulae are drawn (type mask 3726 over types 0..11),
 // and only when the magnitude limit is at least the object's magnitude.
@@ -118,5 +126,23 @@ void DrawConstellationLabel(QPainter &painter, const SkyView &view, const Conste
 void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int magnitudeLimit);
 void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c);
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c);
+
+// The whole sky of one instant worked out for drawing: each constellation's
+// drawn objects on the stars' map, its outline's lines and where its
+// abbreviation starts on the outlines' map (on a scaled screen the overlay's
+// image has more pixels than the map). Made from the tables and the views
+// alone, so another thread may make it while the overlay's image is made.
+struct SkyLayout {
+    std::vector<StarDisc> stars[kConstellationCount];
+    std::vector<QLine> outlines[kConstellationCount];
+    QPoint labels[kConstellationCount];
+};
+SkyLayout LayOutSky(const SkyView &starsView, int magnitudeLimit, const SkyView &outlinesView);
+
+// Drawn on the painter's thread: the pixels DrawConstellationObjects over
+// c = 0..87 draws, and DrawConstellationOutline then DrawConstellationLabel
+// for each c in turn.
+void DrawSkyStars(QPainter &painter, const SkyLayout &sky);
+void DrawSkyOutlines(QPainter &painter, const SkyLayout &sky);
 
 } // namespace lunaquill
