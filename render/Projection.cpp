@@ -32,23 +32,33 @@ int32_t SumOfSquares32(int x, int y, int z)
 
 } // namespace
 
+MapGrid::MapGrid(int mapWidth, int mapHeight, int mapOffset)
+    : width(mapWidth), height(mapHeight), dx(mapWidth != 0 ? 360.0 / mapWidth : 0.0),
+      dy(mapHeight != 0 ? 180.0 / mapHeight : 0.0),
+      // 64-bit so that odd offsets cannot overflow; same result in range.
+      shift(int64_t(mapWidth / 24) * mapOffset)
+{
+}
+
+int MapGrid::X(double longitude) const
+{
+    if (width == 0)
+        return 0;
+    const int64_t x = TruncateToInt((longitude + 180.0) / dx) + shift;
+    // C++ % keeps the dividend's sign: a negative sum gives a negative x.
+    // Most points need no wrapping, and the division is the dearest step.
+    return int(x >= 0 && x < width ? x : x % width);
+}
+
+int MapGrid::Y(double latitude) const
+{
+    return height != 0 ? TruncateToInt((90.0 - latitude) / dy) : 0;
+}
+
 QPoint LatLongToPoint(int mapWidth, int mapHeight, int mapOffset, double latitude,
                       double longitude)
 {
-    int x = 0;
-    if (mapWidth != 0) {
-        const double dx = 360.0 / mapWidth;
-        // 64-bit so that odd offsets cannot overflow; same result in range.
-        const int64_t shift = int64_t(mapWidth / 24) * mapOffset;
-        // C++ % keeps the dividend's sign: a negative sum gives a negative x.
-        x = int((TruncateToInt((longitude + 180.0) / dx) + shift) % mapWidth);
-    }
-    int y = 0;
-    if (mapHeight != 0) {
-        const double dy = 180.0 / mapHeight;
-        y = TruncateToInt((90.0 - latitude) / dy);
-    }
-    return QPoint(x, y);
+    return MapGrid(mapWidth, mapHeight, mapOffset).Point(latitude, longitude);
 }
 
 double MapRollDegrees(int mapWidth, int mapOffset)

@@ -40,6 +40,21 @@ constexpr double kDrawDegToRad = 0.017453292519944444;
 QPoint LatLongToPoint(int mapWidth, int mapHeight, int mapOffset, double latitude,
                       double longitude);
 
+// The same projection with the map's own terms worked out once, for the
+// thousands of points drawn on one map: Point gives exactly LatLongToPoint.
+class MapGrid {
+public:
+    MapGrid(int mapWidth, int mapHeight, int mapOffset);
+    int X(double longitude) const;
+    int Y(double latitude) const;
+    QPoint Point(double latitude, double longitude) const { return {X(longitude), Y(latitude)}; }
+
+private:
+    int width, height;
+    double dx, dy;   // degrees a pixel
+    int64_t shift;   // pixels the offset rolls the map
+};
+
 // How far east, in degrees, LatLongToPoint rolls every place: mapWidth / 24
 // pixels an hour of offset. A sphere wrapped in the rolled map shows a place
 // of longitude L at L plus this.

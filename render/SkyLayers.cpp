@@ -3,7 +3,11 @@
 #include "Projection.h"
 #include "tracking/EmeFigures.h"
 
+#include <QCoreApplication>
+#include <QFontMetricsF>
 #include <QPaintEngine>
+#include <QStaticText>
+#include <QThread>
 
 #include <algorithm>
 #include <cmath>
@@ -14,13 +18,6 @@
 namespace lunaquill {
 
 namespace {
-
-QPoint MapPoint(const SkyView &view, double raHours, double decDegrees, double &longitude)
-{
-    double latitude;
-    SubSourcePoint(view.utc, raHours, decDegrees, latitude, longitude);
-    return LatLongToPoint(view.mapWidth, view.mapHeight, view.mapOffset, latitude, longitude);
-}
 
 bool InTable(int c) { return c >= 0 && c < kConstellationCount; }
 
@@ -75,23 +72,17 @@ const StarPaints &Paints()
     return paints;
 }
 
-struct Star {
-    QPoint centre;
-    int size;
-    int colour;  // step of the colour scale
-};
-
 // The drawn objects of the list, in table order, with their map points.
-std::vector<Star> StarsOf(const SkyView &view, const ObjectList &list, int magnitudeLimit)
+std::vector<StarDisc> StarsOf(const SkyView &view, const ObjectList &list, int magnitudeLimit)
 {
-    std::vector<Star> stars;
+    const SkyMapper mapPoint(view);
+    std::vector<StarDisc> stars;
     stars.reserve(size_t(std::max(list.count, 0)));
     for (int i = 0; i < list.count; ++i) {
         const CatalogueObject &object = list.objects[i];
         if (!IsDrawnObject(object, magnitudeLimit))
             continue;
-        double longitude;
-        stars.push_back({MapPoint(view, object.rightAscension, object.declination, longitude),
+        stars.push_back({mapPoint(object.rightAscension, object.declination),
                          object.magnitude < 0 ? 2 : 1, ColourStep(object.colourIndex)});
     }
     return stars;
@@ -170,6 +161,12 @@ struct Pixels {
     uchar *bits;
     qsizetype stride;
     int width, height;
+    explicit Pixels(QImage &image)
+        : bits(image.bits()), stride(image.bytesPerLine()), width(image.width()),
+          height(image.height())
+    {
+    }
+    uint *Line(int y) const { return reinterpret_cast<uint *>(bits + y * stride); }
 };
 
 template <size_t N>
@@ -181,46 +178,94 @@ void BlendDisc(const Pixels &image, QPoint centre, const DiscRow (&disc)[N], uin
             continue;
         const int first = std::max(centre.x() + row.first, 0);
         const int last = std::min(centre.x() + row.last, image.width - 1);
-        uint *line = reinterpret_cast<uint *>(image.bits + y * image.stride);
+        uint *line = image.Line(y);
         for (int x = first; x <= last; ++x)
             line[x] = SourceOver(line[x], colour);
     }
 }
 
+// The colour a plain, opaque, one-pixel pen writes over whatever lies
+// beneath (its premultiplied self), or false for any other pen or painter.
+bool OpaqueLinePen(const QPainter &painter, uint &colour)
+{
+    const QPen &pen = painter.pen();
+    const bool plain = pen.style() == Qt::SolidLine && pen.brush().style() == Qt::SolidPattern
+                       && pen.capStyle() != Qt::FlatCap && (pen.widthF() == 0 || pen.widthF() == 1)
+                       && painter.opacity() == 1.0 && pen.color().rgba64().isOpaque();
+    colour = pen.color().rgba();
+    return plain;
+}
+
+// The pixels the raster engine's cosmetic stroker sets for the line a-b with
+// such a pen: the ends in 26.6 fixed point, pushed half a pixel outward along
+// the major axis (the caps); one pixel per major step, at the pixel's centre
+// (rounded down for a falling line), the minor coordinate advanced in 16.16
+// steps of a truncated quotient. A line of one point is that pixel. Pixels
+// off the image are skipped, as the engine does. Ends must lie within a
+// pixel of the image, where the engine clips nothing.
+void StrokeLine(const Pixels &image, QPoint a, QPoint b, uint colour)
+{
+    auto put = [&image, colour](int x, int y) {
+        if (x >= 0 && x < image.width && y >= 0 && y < image.height)
+            image.Line(y)[x] = colour;
+    };
+    if (a == b) {
+        put(a.x(), a.y());
+        return;
+    }
+    const bool vertical = std::abs(b.x() - a.x()) < std::abs(b.y() - a.y());
+    auto major = [vertical](QPoint p) { return 64 * (vertical ? p.y() : p.x()); };
+    auto minor = [vertical](QPoint p) { return 64 * (vertical ? p.x() : p.y()); };
+    if (major(a) > major(b))
+        std::swap(a, b);
+    const int64_t step = int64_t(minor(b) - minor(a)) * 65536 / (major(b) - major(a));
+    const int begin = major(a) - 32, end = major(b) + 32;
+    int m = (begin + 32) >> 6;
+    const int stop = (end + 32) >> 6;
+    int64_t n = int64_t(minor(a)) * 1024 - (step >> 1);
+    n += int64_t(m * 64 + (step > 0 ? 32 : 0) - begin) * step >> 6;
+    for (; m < stop; ++m, n += step) {
+        if (vertical)
+            put(int(n >> 16), m);
+        else
+            put(m, int(n >> 16));
+    }
+}
+
+bool NearImage(QPoint p, const Pixels &image)
+{
+    return p.x() >= -1 && p.x() <= image.width + 1 && p.y() >= -1 && p.y() <= image.height + 1;
+}
+
 } // namespace
 
-void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
-                         int magnitudeLimit)
+namespace {
+
+void EllipsesOneByOne(QPainter &painter, const std::vector<StarDisc> &stars)
 {
-    if (!list || !list->objects)
-        return;
     const StarPaints &paints = Paints();
-    for (const Star &star : StarsOf(view, *list, magnitudeLimit)) {
+    for (const StarDisc &star : stars) {
         painter.setPen(paints.pens[star.colour]);
         painter.setBrush(paints.brushes[star.colour]);
         painter.drawEllipse(star.centre, star.size, star.size);
     }
 }
 
-void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
-                 int magnitudeLimit)
+void DrawDiscs(QPainter &painter, const std::vector<StarDisc> &stars)
 {
+    if (stars.empty())
+        return;
     QImage *image = DirectTarget(painter);
     if (!image) {
-        DrawObjectsOneByOne(painter, view, list, magnitudeLimit);
+        EllipsesOneByOne(painter, stars);
         return;
     }
-    if (!list || !list->objects)
-        return;
     // Thousands of tiny ellipses cost the engine far more than their few
     // pixels: blend the discs straight into the image, in table order, with
     // the engine's own colours and arithmetic.
-    const std::vector<Star> stars = StarsOf(view, *list, magnitudeLimit);
-    if (stars.empty())
-        return;
     const QRgb *colours = EngineColours(painter.opacity());
-    const Pixels pixels{image->bits(), image->bytesPerLine(), image->width(), image->height()};
-    for (const Star &star : stars) {
+    const Pixels pixels(*image);
+    for (const StarDisc &star : stars) {
         if (star.size == 2)
             BlendDisc(pixels, star.centre, kDisc2, colours[star.colour]);
         else
@@ -229,6 +274,44 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
     // Leave the painter as the star-by-star drawing does.
     painter.setPen(Paints().pens[stars.back().colour]);
     painter.setBrush(Paints().brushes[stars.back().colour]);
+}
+
+} // namespace
+
+void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
+                         int magnitudeLimit)
+{
+    if (list && list->objects)
+        EllipsesOneByOne(painter, StarsOf(view, *list, magnitudeLimit));
+}
+
+void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
+                 int magnitudeLimit)
+{
+    if (list && list->objects)
+        DrawDiscs(painter, StarsOf(view, *list, magnitudeLimit));
+}
+
+void DrawLines(QPainter &painter, const std::vector<QLine> &lines)
+{
+    if (lines.empty())
+        return;
+    QImage *image = DirectTarget(painter);
+    uint colour;
+    if (image && OpaqueLinePen(painter, colour)) {
+        // Thousands of short lines cost the engine more in set-up than in
+        // pixels: the same pixels are set straight into the image.
+        const Pixels pixels(*image);
+        const bool near = std::all_of(lines.begin(), lines.end(), [&pixels](const QLine &line) {
+            return NearImage(line.p1(), pixels) && NearImage(line.p2(), pixels);
+        });
+        if (near) {
+            for (const QLine &line : lines)
+                StrokeLine(pixels, line.p1(), line.p2(), colour);
+            return;
+        }
+    }
+    painter.drawLines(lines.data(), int(lines.size()));
 }
 
 OutlinePoint Precess(OutlinePoint from, double fromJd, double toJd)
@@ -327,11 +410,11 @@ std::vector<QLine> MapLines(const SkyView &view, const std::vector<std::vector<O
     const int width = view.mapWidth;
     if (width <= 0)
         return segments;
+    const SkyMapper mapPoint(view);
     for (const std::vector<OutlinePoint> &part : parts) {
         QPoint previous;
         for (size_t i = 0; i < part.size(); ++i) {
-            double longitude;
-            QPoint p = MapPoint(view, part[i].rightAscension, part[i].declination, longitude);
+            QPoint p = mapPoint(part[i].rightAscension, part[i].declination);
             p.setX((p.x() % width + width) % width);  // on the map, whatever the offset
             if (i > 0)
                 AddStep(segments, previous, p, width);
@@ -353,13 +436,67 @@ void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutl
         painter.drawLines(segments.data(), int(segments.size()));
 }
 
+namespace {
+
+// Where the abbreviation's baseline starts: centred over the map point of
+// its label point, x - 3 * length, y - 8.
+QPoint LabelOrigin(const SkyView &view, const char (&abbreviation)[5], OutlinePoint j2000)
+{
+    const QPoint p = SkyMapper(view)(j2000.rightAscension, j2000.declination);
+    return {p.x() - 3 * int(strnlen(abbreviation, sizeof abbreviation)), p.y() - 8};
+}
+
+QString LabelText(const char (&abbreviation)[5])
+{
+    return QString::fromLatin1(abbreviation, int(strnlen(abbreviation, sizeof abbreviation)));
+}
+
+// The abbreviation of constellation c laid out once, for a painter without
+// a transform on the application's own thread; null for any other.
+// drawStaticText at the baseline less the font's ascent (a whole number of
+// 64ths, so the sum comes back exact) sets the pixels drawText sets, and
+// saves the text's shaping at every drawing. Never freed: the layouts hold
+// on to font engines the application tears down at its end.
+QStaticText *LaidOutLabel(const QPainter &painter, int c)
+{
+    if (painter.deviceTransform().type() != QTransform::TxNone || !QCoreApplication::instance()
+        || QThread::currentThread() != QCoreApplication::instance()->thread())
+        return nullptr;
+    static QStaticText *const laidOut = new QStaticText[kConstellationCount];
+    if (laidOut[c].text().isEmpty())
+        laidOut[c].setText(LabelText(kConstellations[c].abbreviation));
+    return &laidOut[c];
+}
+
+// The outlines' parts and the label points in J2000, which no instant
+// changes: precessed once, on first use, instead of at every drawing.
+struct J2000Sky {
+    std::vector<std::vector<OutlinePoint>> outlineParts[kConstellationCount];
+    OutlinePoint labels[kConstellationCount];
+};
+
+const J2000Sky &PrecessedSky()
+{
+    static const J2000Sky sky = [] {
+        J2000Sky made;
+        for (int c = 0; c < kConstellationCount; ++c) {
+            if (kConstellationOutlines[c])
+                made.outlineParts[c] = OutlineParts(*kConstellationOutlines[c]);
+            made.labels[c] = PrecessB1875ToJ2000({kConstellations[c].rightAscension,
+                                                  kConstellations[c].declination});
+        }
+        return made;
+    }();
+    return sky;
+}
+
+} // namespace
+
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row)
 {
-    const OutlinePoint label = PrecessB1875ToJ2000({row.rightAscension, row.declination});
-    double longitude;
-    const QPoint p = MapPoint(view, label.rightAscension, label.declination, longitude);
-    const int length = int(strnlen(row.abbreviation, sizeof row.abbreviation));
-    painter.drawText(p.x() - 3 * length, p.y() - 8, QString::fromLatin1(row.abbreviation, length));
+    painter.drawText(LabelOrigin(view, row.abbreviation,
+                                 PrecessB1875ToJ2000({row.rightAscension, row.declination})),
+                     LabelText(row.abbreviation));
 }
 
 void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int magnitudeLimit)
@@ -370,14 +507,70 @@ void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int
 
 void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c)
 {
-    if (InTable(c))
-        DrawOutline(painter, view, kConstellationOutlines[c]);
+    if (!InTable(c) || !kConstellationOutlines[c])
+        return;
+    DrawLines(painter, MapLines(view, PrecessedSky().outlineParts[c]));
 }
+
+namespace {
+
+void DrawLabelAt(QPainter &painter, int c, QPoint origin)
+{
+    if (QStaticText *laidOut = LaidOutLabel(painter, c)) {
+        const qreal ascent = QFontMetricsF(painter.font(), painter.device()).ascent();
+        painter.drawStaticText(QPointF(origin.x(), origin.y() - ascent), *laidOut);
+    } else {
+        painter.drawText(origin, LabelText(kConstellations[c].abbreviation));
+    }
+}
+
+} // namespace
 
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c)
 {
     if (InTable(c))
-        DrawConstellationLabel(painter, view, kConstellations[c]);
+        DrawLabelAt(painter, c,
+                    LabelOrigin(view, kConstellations[c].abbreviation, PrecessedSky().labels[c]));
+}
+
+SkyLayout LayOutSky(const SkyView &starsView, int magnitudeLimit, const SkyView &outlinesView)
+{
+    SkyLayout sky;
+    const J2000Sky &j2000 = PrecessedSky();
+    for (int c = 0; c < kConstellationCount; ++c) {
+        if (kCatalogue[c] && kCatalogue[c]->objects)
+            sky.stars[c] = StarsOf(starsView, *kCatalogue[c], magnitudeLimit);
+        if (kConstellationOutlines[c])
+            sky.outlines[c] = MapLines(outlinesView, j2000.outlineParts[c]);
+        sky.labels[c] = LabelOrigin(outlinesView, kConstellations[c].abbreviation, j2000.labels[c]);
+    }
+    return sky;
+}
+
+void DrawSkyStars(QPainter &painter, const SkyLayout &sky)
+{
+    for (const std::vector<StarDisc> &stars : sky.stars)
+        DrawDiscs(painter, stars);
+}
+
+void DrawSkyOutlines(QPainter &painter, const SkyLayout &sky)
+{
+    for (int c = 0; c < kConstellationCount; ++c) {
+        DrawLines(painter, sky.outlines[c]);
+        DrawLabelAt(painter, c, sky.labels[c]);
+    }
+}
+
+SkyMapper::SkyMapper(const SkyView &view)
+    : siderealDegrees(SiderealDegrees(view.utc)), grid(view.mapWidth, view.mapHeight, view.mapOffset)
+{
+}
+
+QPoint SkyPoint(const SkyView &view, double raHours, double decDegrees)
+{
+    double latitude, longitude;
+    SubSourcePoint(view.utc, raHours, decDegrees, latitude, longitude);
+    return LatLongToPoint(view.mapWidth, view.mapHeight, view.mapOffset, latitude, longitude);
 }
 
 } // namespace lunaquill

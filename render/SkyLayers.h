@@ -4,7 +4,9 @@
 // drawing can be checked on a plain pixmap.
 #pragma once
 
+#include "Projection.h"
 #include "SkyTables.h"
+#include "tracking/EmeFigures.h"
 
 #include <QColor>
 #include <QLine>
@@ -23,10 +25,37 @@ struct SkyView {
     struct tm utc;
 };
 
+// The map point of a J2000 position at the view's instant: its sub-point
+// (SubSourcePoint) projected on the rolled map (LatLongToPoint).
+QPoint SkyPoint(const SkyView &view, double raHours, double decDegrees);
+
+// The same for the thousands of points of one view, with the instant's
+// sidereal angle and the map's terms worked out once: exactly SkyPoint.
+class SkyMapper {
+public:
+    explicit SkyMapper(const SkyView &view);
+    QPoint operator()(double raHours, double decDegrees) const
+    {
+        return grid.Point(decDegrees, SubLongitude(raHours, siderealDegrees));
+    }
+
+private:
+    double siderealDegrees;
+    MapGrid grid;
+};
+
 // Size 2 for magnitudes below 0, else 1; colour by colour index (B-V), from
 // blue-white "#a09eff" below -0.16 to orange "#ffd7b1" from 1.6 up; white
 // "#ffffff" for an unknown one (kUnknownColourIndex).
 void StarStyle(double magnitude, double colourIndex, QColor &colour, int &size);
+
+// A drawn object as a disc: its map point, its size (radius, as StarStyle
+// gives it) and the step of its colour on StarStyle's scale.
+struct StarDisc {
+    QPoint centre;
+    int size;
+    int colour;
+};
 
 // Only stars, multiple and variable stars, open and globular clusters,
 // planetary and bright nebulae are drawn (type mask 3726 over types 0..11),
@@ -46,6 +75,12 @@ void DrawObjects(QPainter &painter, const SkyView &view, const ObjectList *list,
 // pixel.
 void DrawObjectsOneByOne(QPainter &painter, const SkyView &view, const ObjectList *list,
                          int magnitudeLimit);
+
+// The lines as painter.drawLines draws them, pixel for pixel. On a painter
+// of a 32-bit QImage as DrawObjects takes it, with an opaque, solid,
+// one-pixel pen with caps and every end within a pixel of the image, they
+// are set straight into the image, much faster.
+void DrawLines(QPainter &painter, const std::vector<QLine> &lines);
 
 // Julian days of the boundaries' epoch (B1875.0) and the catalogue's (J2000.0).
 constexpr double kB1875 = 2405889.258550475;
@@ -85,9 +120,29 @@ void DrawOutline(QPainter &painter, const SkyView &view, const ConstellationOutl
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, const ConstellationRow &row);
 
 // The same for constellation number c (0..87) of the built-in tables; any
-// other number, or an absent entry, draws nothing.
+// other number, or an absent entry, draws nothing. The outlines and label
+// points are precessed once, at the first drawing (DrawOutline and the
+// row's DrawConstellationLabel precess at every call).
 void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int magnitudeLimit);
 void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c);
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c);
+
+// The whole sky of one instant worked out for drawing: each constellation's
+// drawn objects on the stars' map, its outline's lines and where its
+// abbreviation starts on the outlines' map (on a scaled screen the overlay's
+// image has more pixels than the map). Made from the tables and the views
+// alone, so another thread may make it while the overlay's image is made.
+struct SkyLayout {
+    std::vector<StarDisc> stars[kConstellationCount];
+    std::vector<QLine> outlines[kConstellationCount];
+    QPoint labels[kConstellationCount];
+};
+SkyLayout LayOutSky(const SkyView &starsView, int magnitudeLimit, const SkyView &outlinesView);
+
+// Drawn on the painter's thread: the pixels DrawConstellationObjects over
+// c = 0..87 draws, and DrawConstellationOutline then DrawConstellationLabel
+// for each c in turn.
+void DrawSkyStars(QPainter &painter, const SkyLayout &sky);
+void DrawSkyOutlines(QPainter &painter, const SkyLayout &sky);
 
 } // namespace lunaquill

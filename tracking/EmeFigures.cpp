@@ -56,21 +56,43 @@ double Degradation(double pathLossDb, double skyTemperature, double frequencyMHz
            - 10.0 * log10((skyTemperature + 80.0) / (13.0 * pow(408.0 / frequencyMHz, 2.6) + 80.0));
 }
 
-void SubSourcePoint(const struct tm &utc, double raHours, double decDegrees,
-                    double &subLatitude, double &subLongitude)
+double SiderealDegrees(const struct tm &utc)
 {
     double ut = utc.tm_hour + utc.tm_min / 60.0 + utc.tm_sec / 3600.0;
     double d = DayNumber(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, ut);
     double siderealRadians = 4.894961213 + 6.300388099 * d;
-    double x = fmod(raHours * 15.0 - siderealRadians * 57.29577951307855, 360.0);
+    return siderealRadians * 57.29577951307855;
+}
+
+double Remainder360(double a)
+{
+    if (!(std::fabs(a) < 1e12))
+        return std::fmod(a, 360.0);
+    // Here the quotient is exact: a / 360 lies at least a's last place / 360
+    // from any whole number, more than half the quotient's last place, so it
+    // never rounds onto one. Then q * 360 and a - q * 360 (the true remainder,
+    // which fits) are exact too.
+    const double r = a - std::trunc(a / 360.0) * 360.0;
+    return r == 0 ? std::copysign(0.0, a) : r;  // a zero keeps a's sign, as fmod's does
+}
+
+double SubLongitude(double raHours, double siderealDegrees)
+{
+    double x = Remainder360(raHours * 15.0 - siderealDegrees);
     // Both branches add 180, and every value below 180 takes one of them:
     // this is the program's rule for the sub-point's longitude.
     if (x < -180.0)
         x += 180.0;
     else if (x < 180.0)
         x += 180.0;
+    return x;
+}
+
+void SubSourcePoint(const struct tm &utc, double raHours, double decDegrees,
+                    double &subLatitude, double &subLongitude)
+{
     subLatitude = decDegrees;
-    subLongitude = x;
+    subLongitude = SubLongitude(raHours, SiderealDegrees(utc));
 }
 
 } // namespace lunaquill

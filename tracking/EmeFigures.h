@@ -69,4 +69,13 @@ double Degradation(double pathLossDb, double skyTemperature, double frequencyMHz
 void SubSourcePoint(const struct tm &utc, double raHours, double decDegrees,
                     double &subLatitude, double &subLongitude);
 
+// Its two steps, for many bodies at one instant: the sidereal angle of the
+// instant (degrees, not reduced), then a body's longitude against it.
+double SiderealDegrees(const struct tm &utc);
+double SubLongitude(double raHours, double siderealDegrees);
+
+// std::fmod(a, 360.0), bit for bit, in a fraction of its time at the sidereal
+// angles of these centuries.
+double Remainder360(double a);
+
 } // namespace lunaquill

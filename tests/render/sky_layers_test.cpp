@@ -1,5 +1,6 @@
 // The sky tables against outside facts (IAU areas and boundaries, known objects, Yale B-V);
-// stars and outlines drawn at their sub-points, the fast stars against Qt's ellipses.
+// stars and outlines drawn at their sub-points; the fast paths (stars, lines, the projection
+// worked out once per view, outlines precessed once) against the old ways, bit for bit.
 #include "render/Projection.h"
 #include "render/SkyLayers.h"
 #include "render/SkyTables.h"
@@ -14,6 +15,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <future>
+#include <random>
 #include <set>
 #include <vector>
 
@@ -314,6 +317,147 @@ TEST(SkyLayers, FastStarsMatchQtEllipsesPixelForPixel)
             pens[i] = painter.pen().color();
         }
         EXPECT_TRUE(images[0] == images[1] && pens[0] == pens[1]) << row.width;
+    }
+}
+
+
+// The map point as the drawing once worked it out for each point: sub-point by the library's
+// fmod, then the projection's own arithmetic, every term afresh.
+QPoint OldMapPoint(const SkyView &view, double raHours, double decDegrees)
+{
+    const struct tm &utc = view.utc;
+    const double ut = utc.tm_hour + utc.tm_min / 60.0 + utc.tm_sec / 3600.0;
+    const double d = DayNumber(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, ut);
+    const double siderealRadians = 4.894961213 + 6.300388099 * d;
+    double longitude = std::fmod(raHours * 15.0 - siderealRadians * 57.29577951307855, 360.0);
+    if (longitude < 180.0)
+        longitude += 180.0;
+    const double dx = 360.0 / view.mapWidth, dy = 180.0 / view.mapHeight;
+    const int64_t shift = int64_t(view.mapWidth / 24) * view.mapOffset;
+    return QPoint(int((int64_t(int((longitude + 180.0) / dx)) + shift) % view.mapWidth),
+                  int((90.0 - decDegrees) / dy));
+}
+
+// Views from 1950 to 2100 on maps of several sizes and rolls.
+const SkyView kViews[] = {{1600, 800, 0, Utc(1710936000)},   {720, 360, 5, Utc(1751598000)},
+                          {1000, 500, 13, Utc(1924988400)},  {3200, 1600, -11, Utc(-631152000 + 7777)},
+                          {1366, 683, 23, Utc(4102444799)},  {200, 100, 7, Utc(1704067200)}};
+
+TEST(SkyLayers, ProjectionWorkedOutOncePerViewIsTheOldPointForPoint)
+{
+    for (const SkyView &view : kViews) {
+        const SkyMapper mapPoint(view);
+        auto check = [&](double ra, double dec) {
+            const QPoint old = OldMapPoint(view, ra, dec);
+            ASSERT_TRUE(mapPoint(ra, dec) == old && SkyPoint(view, ra, dec) == old)
+                << view.mapWidth << " " << ra << " " << dec;
+        };
+        for (const ObjectList *list : kCatalogue)
+            for (int i = 0; i < list->count; ++i)
+                check(list->objects[i].rightAscension, list->objects[i].declination);
+        for (const ConstellationOutline *outline : kConstellationOutlines)
+            for (const auto &part : OutlineParts(*outline))
+                for (const OutlinePoint &p : part)
+                    check(p.rightAscension, p.declination);
+    }
+}
+
+// The window's sky layers (stars at opacity 0.5, then black outlines and labels) drawn the
+// old way (Qt's ellipses, lines and texts, everything precessed at every drawing), as drawn
+// now constellation by constellation, or from a layout made beforehand; on a moved painter (a
+// transform) the new ways must fall back to Qt's throughout.
+enum class Way { Old, Now, LaidOut };
+
+QImage SkyImage(const SkyView &view, QImage::Format format, int magnitudeLimit, bool moved, Way way,
+                const SkyLayout *layout = nullptr)
+{
+    QImage image(view.mapWidth, view.mapHeight, format);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x % 256, y % 256, (x * y) % 256));
+    QPainter painter(&image);
+    if (moved)
+        painter.translate(0.5, -0.25);
+    painter.setOpacity(0.5);
+    if (way == Way::LaidOut)
+        DrawSkyStars(painter, *layout);
+    for (int c = 0; c < kConstellationCount && way != Way::LaidOut; ++c)
+        way == Way::Old ? DrawObjectsOneByOne(painter, view, kCatalogue[c], magnitudeLimit)
+                        : DrawConstellationObjects(painter, view, c, magnitudeLimit);
+    painter.setOpacity(1.0);
+    painter.setPen(Qt::black);
+    if (way == Way::LaidOut)
+        DrawSkyOutlines(painter, *layout);
+    for (int c = 0; c < kConstellationCount && way != Way::LaidOut; ++c) {
+        if (way == Way::Old) {
+            DrawOutline(painter, view, kConstellationOutlines[c]);
+            DrawConstellationLabel(painter, view, kConstellations[c]);
+        } else {
+            DrawConstellationOutline(painter, view, c);
+            DrawConstellationLabel(painter, view, c);
+        }
+    }
+    return image;
+}
+
+// The layout is made on a second thread while this one draws the same sky (both precess the
+// outlines on first use); run under ThreadSanitizer too.
+TEST(SkyLayers, SkyDrawnNowIsTheOldDrawingBitForBit)
+{
+    const struct { int limit; bool moved; } rows[] = {{20, false}, {6, false}, {-1, false},
+                                                      {20, true},  {3, false}, {20, false}};
+    for (size_t i = 0; i < std::size(kViews); ++i) {
+        const SkyView &view = kViews[i];
+        const QImage::Format format = i % 2 ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
+        const auto &row = rows[i];
+        std::future<SkyLayout> layout = std::async(std::launch::async, LayOutSky, view, row.limit, view);
+        const QImage now = SkyImage(view, format, row.limit, row.moved, Way::Now);
+        const SkyLayout laidOut = layout.get();
+        const QImage old = SkyImage(view, format, row.limit, row.moved, Way::Old);
+        EXPECT_TRUE(now == old && SkyImage(view, format, row.limit, row.moved, Way::LaidOut, &laidOut) == old)
+            << view.mapWidth;
+    }
+}
+
+// Random lines, ends up to a pixel beyond the image, through DrawLines and through Qt: the
+// pens it sets straight (black, colours, width 0 and 1, square and round caps) and those it
+// leaves to Qt (flat caps, wider, translucent, faded, antialiased, transformed).
+TEST(SkyLayers, LinesSetStraightAreQtsLinesPixelForPixel)
+{
+    struct Pen { QPen pen; double opacity; bool antialiased, scaled; };
+    const Pen pens[] = {
+        {QPen(Qt::black), 1, false, false},
+        {QPen(QColor(0x12, 0x34, 0x56), 0, Qt::SolidLine, Qt::RoundCap), 1, false, false},
+        {QPen(Qt::yellow, 1, Qt::SolidLine, Qt::SquareCap), 1, false, false},
+        {QPen(Qt::white, 1, Qt::SolidLine, Qt::FlatCap), 1, false, false},
+        {QPen(Qt::cyan, 2), 1, false, false},
+        {QPen(QColor(255, 0, 0, 128)), 1, false, false},
+        {QPen(Qt::green), 0.5, false, false},
+        {QPen(Qt::black), 1, true, false},
+        {QPen(Qt::black), 1, false, true}};
+    std::mt19937 random(21);
+    for (const int span : {4, 40, 400, 1601}) {
+        const int width = std::min(span, 1600), height = std::min(span, 800);
+        std::uniform_int_distribution<int> x(-1, width + 1), y(-1, height + 1);
+        std::vector<QLine> lines;
+        for (int i = 0; i < 2000; ++i)
+            lines.emplace_back(x(random), y(random), x(random), y(random));
+        for (const QImage::Format format : {QImage::Format_RGB32, QImage::Format_ARGB32_Premultiplied})
+            for (const Pen &pen : pens) {
+                QImage images[2];
+                for (int i = 0; i < 2; ++i) {
+                    images[i] = QImage(width, height, format);
+                    images[i].fill(QColor(40, 80, 120));
+                    QPainter painter(&images[i]);
+                    painter.setPen(pen.pen);
+                    painter.setOpacity(pen.opacity);
+                    painter.setRenderHint(QPainter::Antialiasing, pen.antialiased);
+                    if (pen.scaled)
+                        painter.scale(1.0, 1.0 + 1e-9);
+                    i ? painter.drawLines(lines.data(), int(lines.size())) : DrawLines(painter, lines);
+                }
+                EXPECT_TRUE(images[0] == images[1]) << span << " " << pen.pen.color().name().toStdString();
+            }
     }
 }
 

@@ -12,7 +12,9 @@
 
 #include <cmath>
 #include <cstring>
+#include <random>
 #include <string>
+#include <vector>
 
 using namespace lunaquill;
 
@@ -194,6 +196,40 @@ TEST(SubSourcePoint, AddsOneHundredAndEightyBelow180)
         EXPECT_DOUBLE_EQ(lat, 12.5);
         EXPECT_NEAR(lon, row.longitude, 1e-6) << row.raHours;
     }
+}
+
+TEST(SubSourcePoint, RemainderOfTurnsIsTheLibrarysBitForBit)
+{
+    // Against glibc's fmod, compared as bit patterns (the sign of a zero included): whole
+    // turns and their neighbours one last place off, where a / 360 rounds across a whole
+    // number; the sidereal angles of 1900 to 2100 less 15 ra; random values of every size up
+    // to the limit and beyond it; zeros, infinities, NaN.
+    auto same = [](double a) {
+        const double want = std::fmod(a, 360.0), got = Remainder360(a);
+        return std::isnan(want) ? std::isnan(got) : memcmp(&want, &got, sizeof want) == 0;
+    };
+    std::vector<double> values = {0.0, -0.0, 360.0, -360.0, 1e12, -1e12, 9.99e11, 1e300,
+                                  HUGE_VAL, -HUGE_VAL, NAN, 5e-324, -5e-324};
+    for (double turns = 1; turns < 3e9; turns = turns * 1.7 + 1)
+        for (double sign : {1.0, -1.0})
+            for (int k = -3; k <= 3; ++k) {
+                double a = sign * turns * 360.0;
+                for (int i = 0; i < std::abs(k); ++i)
+                    a = std::nextafter(a, k < 0 ? -HUGE_VAL : HUGE_VAL);
+                values.push_back(a);
+            }
+    std::mt19937_64 random(360);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int i = 0; i < 200000; ++i) {
+        const double angle = (4.894961213 + 6.300388099 * (unit(random) * 73000 - 36500)) * 57.29577951307855;
+        values.push_back(unit(random) * 360.0 - angle);
+        values.push_back((unit(random) < 0.5 ? -1 : 1) * std::pow(10.0, unit(random) * 16 - 3));
+    }
+    int wrong = 0;
+    for (double a : values)
+        if (!same(a) && ++wrong <= 5)
+            ADD_FAILURE() << std::hexfloat << a;
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(LowPrecisionMoonAndSun, AgreeWithLibnovaOverFortyYears)
