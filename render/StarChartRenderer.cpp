@@ -3,6 +3,7 @@
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
+#include <QOpenGLPixelTransferOptions>
 #include <QOpenGLShaderProgram>
 #include <QOpenGLTexture>
 #include <QPainter>
@@ -12,6 +13,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <future>
 
 namespace lunaquill {
 
@@ -67,6 +70,33 @@ double DialSize(const QPixmap &chart)
 
 } // namespace
 
+void TurnHalfway(const QImage &image, bool opaqueToRgba, std::vector<quint32> &turned)
+{
+    const int width = image.width(), height = image.height();
+    turned.resize(size_t(width) * size_t(height));
+    quint32 *const end = turned.data() + turned.size();
+    // Row y lands, reversed, in row height - 1 - y: the rows are shared out
+    // between this thread and another, which write disjoint rows.
+    auto turnRows = [&](int first, int last) {
+        for (int y = first; y < last; ++y) {
+            const auto *row = reinterpret_cast<const quint32 *>(image.constScanLine(y));
+            quint32 *out = end - size_t(y + 1) * size_t(width);
+            if (opaqueToRgba) {
+                for (int x = 0; x < width; ++x) {
+                    const quint32 p = row[width - 1 - x];
+                    out[x] = 0xff000000u | (p & 0x0000ff00u) | ((p >> 16) & 0xffu)
+                           | ((p & 0xffu) << 16);
+                }
+            } else {
+                std::reverse_copy(row, row + width, out);
+            }
+        }
+    };
+    auto upper = std::async(std::launch::async, turnRows, 0, height / 2);
+    turnRows(height / 2, height);
+    upper.get();
+}
+
 QImage GlobeImage(const QPixmap &chart)
 {
     if (chart.isNull())
@@ -79,7 +109,7 @@ QImage GlobeImage(const QPixmap &chart)
     return image;
 }
 
-void ClipToDialFace(QPixmap &chart, const QImage &globe)
+void PaintGlobeOnDial(QPixmap &chart, const QImage &globe)
 {
     if (chart.isNull() || globe.isNull())
         return;
@@ -91,6 +121,11 @@ void ClipToDialFace(QPixmap &chart, const QImage &globe)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setClipPath(clip);
     painter.drawImage(QRectF(face.center() - QPointF(side.width(), side.height()) / 2, side), globe);
+}
+
+void ClipToDialFace(QPixmap &chart, const QImage &globe)
+{
+    PaintGlobeOnDial(chart, globe);
 }
 
 StarChartRenderer::StarChartRenderer(QObject *parent) : QObject(parent)
@@ -172,6 +207,15 @@ void StarChartRenderer::rotate(float angle, float yFactor, float xFactor)
         model.rotate(angle, 0.0f, yFactor, 0.0f);
 }
 
+void StarChartRenderer::prepareReferenceTexture(const QPixmap &overlay)
+{
+    const QImage turned = overlay.toImage().mirrored(true, true);
+    texture = std::make_unique<QOpenGLTexture>(turned, QOpenGLTexture::DontGenerateMipMaps);
+    texture->setMinificationFilter(QOpenGLTexture::Nearest);
+    texture->setMagnificationFilter(QOpenGLTexture::Linear);
+    textureUpdatable = false;
+}
+
 void StarChartRenderer::prepareTexture(const QPixmap &overlay)
 {
     // Both charts are drawn from the same overlay: its texture is made once
@@ -179,15 +223,39 @@ void StarChartRenderer::prepareTexture(const QPixmap &overlay)
     // change of its pixels).
     if (texture && overlay.cacheKey() == textureSource)
         return;
-    textureImage = overlay.toImage().mirrored(true, true);
-    // Minified to the nearest texel, so only the base level is ever sampled:
-    // a mipmap chain would cost a third more pixels and change nothing.
-    texture = std::make_unique<QOpenGLTexture>(textureImage, mipmapChain
-                                                                 ? QOpenGLTexture::GenerateMipMaps
-                                                                 : QOpenGLTexture::DontGenerateMipMaps);
-    texture->setMinificationFilter(QOpenGLTexture::Nearest);
-    texture->setMagnificationFilter(QOpenGLTexture::Linear);
     textureSource = overlay.cacheKey();
+    if (referencePath) {
+        prepareReferenceTexture(overlay);
+        return;
+    }
+    // The texels are those of the overlay converted to RGBA8888, as a texture
+    // made from the image holds them: an opaque 32-bit pixel 0xffRRGGBB has
+    // its red and blue swapped (and alpha set, whatever the unused byte held)
+    // while it is turned; any other format is converted first.
+    QImage image = overlay.toImage();
+    if (image.format() == QImage::Format_RGB32 && QSysInfo::ByteOrder == QSysInfo::LittleEndian) {
+        TurnHalfway(image, true, turnedOverlay);
+    } else {
+        image.convertTo(QImage::Format_RGBA8888);
+        TurnHalfway(image, false, turnedOverlay);
+    }
+
+    // Minified to the nearest texel, so only the base level is ever sampled:
+    // one level, of the overlay's size, written over at each change.
+    if (!textureUpdatable || texture->width() != image.width()
+        || texture->height() != image.height()) {
+        texture = std::make_unique<QOpenGLTexture>(QOpenGLTexture::Target2D);
+        texture->setFormat(QOpenGLTexture::RGBA8_UNorm);
+        texture->setSize(image.width(), image.height());
+        texture->setMipLevels(1);
+        texture->allocateStorage(QOpenGLTexture::RGBA, QOpenGLTexture::UInt8);
+        texture->setMinificationFilter(QOpenGLTexture::Nearest);
+        texture->setMagnificationFilter(QOpenGLTexture::Linear);
+        textureUpdatable = true;
+    }
+    QOpenGLPixelTransferOptions rows;
+    rows.setAlignment(4); // whole 32-bit pixels, rows without padding
+    texture->setData(0, QOpenGLTexture::RGBA, QOpenGLTexture::UInt8, turnedOverlay.data(), &rows);
 }
 
 void StarChartRenderer::render(const QPixmap &overlay, QImage &target, float latitude,
@@ -218,16 +286,26 @@ void StarChartRenderer::draw()
 {
     const QSize size = targetImage.size();
     // The framebuffer is kept while the charts keep their size.
-    if (!framebuffer || framebuffer->size() != size)
-        framebuffer = std::make_unique<QOpenGLFramebufferObject>(
-            size, QOpenGLFramebufferObject::Depth, GL_TEXTURE_2D);
+    const auto attachment = referencePath ? QOpenGLFramebufferObject::Depth
+                                          : QOpenGLFramebufferObject::NoAttachment;
+    if (!framebuffer || framebuffer->size() != size || framebuffer->attachment() != attachment)
+        framebuffer = std::make_unique<QOpenGLFramebufferObject>(size, attachment, GL_TEXTURE_2D);
     framebuffer->bind();
     glViewport(0, 0, size.width(), size.height());
     projection.setToIdentity();
     projection.perspective(45.0f, float(size.width()) / float(size.height()), 0.01f, 100.0f);
 
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glEnable(GL_DEPTH_TEST);
+    // The sphere's quads are flat (two corners on one circle of latitude, two
+    // on the next, symmetric about their meridian plane) and together convex:
+    // with the back faces culled no two drawn faces cover the same pixel, so
+    // no depth is kept or compared. The reference path still compares.
+    if (referencePath) {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glEnable(GL_DEPTH_TEST);
+    } else {
+        glClear(GL_COLOR_BUFFER_BIT);
+        glDisable(GL_DEPTH_TEST);
+    }
     glEnable(GL_CULL_FACE);
     if (!vertexArray.isCreated())
         vertexArray.create();
@@ -240,8 +318,32 @@ void StarChartRenderer::draw()
     glDrawElements(GL_TRIANGLES, GLsizei(mesh.indices.size()), GL_UNSIGNED_SHORT, nullptr);
     texture->release(0);
     program->release();
-    targetImage = framebuffer->toImage(true);
+    if (referencePath)
+        targetImage = framebuffer->toImage(true);
+    else
+        readBack();
     framebuffer->release();
+}
+
+void StarChartRenderer::readBack()
+{
+    // As QOpenGLFramebufferObject::toImage(true) gives it: premultiplied
+    // ARGB32 read as GL_BGRA, top row first, at a pixel ratio of 1. The rows
+    // come bottom first into a kept buffer and are copied turned over into a
+    // kept image (a copy only when the last picture is still held elsewhere).
+    const QSize size = targetImage.size();
+    const int width = size.width(), height = size.height();
+    framebufferRows.resize(size_t(width) * size_t(height));
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glReadPixels(0, 0, width, height, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, framebufferRows.data());
+    if (readImage.size() != size)
+        readImage = QImage(size, QImage::Format_ARGB32_Premultiplied);
+    const size_t rowBytes = size_t(width) * sizeof(quint32);
+    uchar *const bits = readImage.bits();
+    for (int y = 0; y < height; ++y)
+        std::memcpy(bits + size_t(y) * size_t(readImage.bytesPerLine()),
+                    framebufferRows.data() + size_t(height - 1 - y) * size_t(width), rowBytes);
+    targetImage = readImage;
 }
 
 } // namespace lunaquill
