@@ -109,7 +109,7 @@ QImage GlobeImage(const QPixmap &chart)
     return image;
 }
 
-void PaintGlobeOnDial(QPixmap &chart, const QImage &globe)
+void ClipToDialFace(QPixmap &chart, const QImage &globe)
 {
     if (chart.isNull() || globe.isNull())
         return;
@@ -121,11 +121,6 @@ void PaintGlobeOnDial(QPixmap &chart, const QImage &globe)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setClipPath(clip);
     painter.drawImage(QRectF(face.center() - QPointF(side.width(), side.height()) / 2, side), globe);
-}
-
-void ClipToDialFace(QPixmap &chart, const QImage &globe)
-{
-    PaintGlobeOnDial(chart, globe);
 }
 
 StarChartRenderer::StarChartRenderer(QObject *parent) : QObject(parent)
@@ -296,9 +291,11 @@ void StarChartRenderer::draw()
     projection.perspective(45.0f, float(size.width()) / float(size.height()), 0.01f, 100.0f);
 
     // The sphere's quads are flat (two corners on one circle of latitude, two
-    // on the next, symmetric about their meridian plane) and together convex:
-    // with the back faces culled no two drawn faces cover the same pixel, so
-    // no depth is kept or compared. The reference path still compares.
+    // on the next, symmetric about their middle meridian; flat to the float
+    // rounding of their corners) and together convex: with the back faces
+    // culled no two drawn faces cover the same pixel, so no depth is kept or
+    // compared. The reference path still compares; the render test finds the
+    // same pixels from stations all round the globe.
     if (referencePath) {
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
         glEnable(GL_DEPTH_TEST);

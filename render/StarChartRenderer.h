@@ -46,10 +46,6 @@ void TurnHalfway(const QImage &image, bool opaqueToRgba, std::vector<quint32> &t
 // alone.
 void ClipToDialFace(QPixmap &chart, const QImage &globe);
 
-// The same through QPainter with an antialiased clip path, as it was first
-// built, so that a test can show ClipToDialFace lays the same pixels.
-void PaintGlobeOnDial(QPixmap &chart, const QImage &globe);
-
 // One renderer serves both charts. Created with the main window as its
 // parent, it lives as long as the window; its OpenGL objects are released
 // with it while the context can still be made current.
