@@ -81,6 +81,37 @@ TEST(SphereMesh, CountsVerticesAndIndices)
     }
 }
 
+// The texture's bytes against Qt's own turn and conversion, on odd sizes (a row of 7 pixels
+// has no middle pair; 1 x 1 and 0 x 0 are edge cases of the shared-out rows), with the unused
+// byte of an opaque pixel written as 0x00: the conversion sets alpha all the same.
+TEST(TurnHalfway, AsQtTurnsAndConvertsToRgba8888)
+{
+    for (const QSize size : {QSize(7, 5), QSize(1600, 801), QSize(1, 1), QSize(0, 0)}) {
+        QImage image(size, QImage::Format_RGB32);
+        uint32_t seed = 7;
+        for (int y = 0; y < image.height(); ++y) {
+            auto *row = reinterpret_cast<quint32 *>(image.scanLine(y));
+            for (int x = 0; x < image.width(); ++x) {
+                seed = seed * 1664525u + 1013904223u;
+                row[x] = seed & (x % 2 ? 0x00ffffffu : 0xffffffffu);
+            }
+        }
+        const QImage want = image.mirrored(true, true).convertToFormat(QImage::Format_RGBA8888);
+        std::vector<quint32> turned{1, 2, 3}; // resized to fit
+        TurnHalfway(image, true, turned);
+        ASSERT_EQ(turned.size(), size_t(size.width() * size.height()));
+        for (int y = 0; y < size.height(); ++y)
+            ASSERT_EQ(std::memcmp(turned.data() + y * size.width(), want.constScanLine(y), 4 * size.width()), 0)
+                << size.width() << "x" << size.height() << " row " << y;
+        // Already RGBA8888: turned only.
+        TurnHalfway(want, false, turned);
+        const QImage back = want.mirrored(true, true);
+        for (int y = 0; y < size.height(); ++y)
+            ASSERT_EQ(std::memcmp(turned.data() + y * size.width(), back.constScanLine(y), 4 * size.width()), 0)
+                << size.width() << "x" << size.height() << " row " << y;
+    }
+}
+
 TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
 {
     test::ResetSharedState();
@@ -127,8 +158,8 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     EXPECT_EQ(QColor(render(overlay, -35, 155).pixel(200, 200)), QColor(Qt::white));
 
     // The quick path (one texture updated in place, no depth buffer, its own read-back) against
-    // the reference path (a new texture with a full mipmap chain for each overlay, the depth
-    // test, Qt's read-back), pixel for pixel: maps of single-pixel noise at the window's size in
+    // the reference path (a new texture from a turned copy of each overlay, the depth test, Qt's
+    // read-back), pixel for pixel: maps of single-pixel noise at the window's size in
     // the two formats an overlay comes in (opaque, uploaded as it is; premultiplied, converted),
     // seen from stations all over at several sizes. Each overlay is new, so the kept texture is
     // written over each time, and once at another size.
@@ -143,8 +174,8 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
         return QPixmap::fromImage(noise.convertToFormat(format));
     };
     const struct { QImage::Format format; QSize size; } maps[] = {
-        {QImage::Format_RGB32, {1600, 800}}, {QImage::Format_ARGB32_Premultiplied, {1600, 800}}, {QImage::Format_RGB32, {2000, 1000}},
-        {QImage::Format_RGB32, {1600, 800}}};
+        {QImage::Format_RGB32, {1600, 800}}, {QImage::Format_ARGB32_Premultiplied, {1600, 800}},
+        {QImage::Format_RGB32, {2000, 1000}}, {QImage::Format_RGB32, {1600, 800}}};
     const std::pair<float, float> places[] = {{0.f, 0.f}, {42.5f, -71.0f}, {-33.9f, 151.2f},
                                               {89.0f, 10.0f}, {-60.0f, -179.5f}, {-89.5f, 95.0f}};
     int seed = 1;
