@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <future>
 
 namespace lunaquill {
 
@@ -70,31 +69,20 @@ double DialSize(const QPixmap &chart)
 
 } // namespace
 
-void TurnHalfway(const QImage &image, bool opaqueToRgba, std::vector<quint32> &turned)
+void TurnRows(const QImage &image, int first, int count, bool opaqueToRgba, quint32 *out)
 {
     const int width = image.width(), height = image.height();
-    turned.resize(size_t(width) * size_t(height));
-    quint32 *const end = turned.data() + turned.size();
-    // Row y lands, reversed, in row height - 1 - y: the rows are shared out
-    // between this thread and another, which write disjoint rows.
-    auto turnRows = [&](int first, int last) {
-        for (int y = first; y < last; ++y) {
-            const auto *row = reinterpret_cast<const quint32 *>(image.constScanLine(y));
-            quint32 *out = end - size_t(y + 1) * size_t(width);
-            if (opaqueToRgba) {
-                for (int x = 0; x < width; ++x) {
-                    const quint32 p = row[width - 1 - x];
-                    out[x] = 0xff000000u | (p & 0x0000ff00u) | ((p >> 16) & 0xffu)
-                           | ((p & 0xffu) << 16);
-                }
-            } else {
-                std::reverse_copy(row, row + width, out);
+    for (int k = 0; k < count; ++k, out += width) {
+        const auto *row = reinterpret_cast<const quint32 *>(image.constScanLine(height - 1 - first - k));
+        if (opaqueToRgba) {
+            for (int x = 0; x < width; ++x) {
+                const quint32 p = row[width - 1 - x];
+                out[x] = 0xff000000u | (p & 0x0000ff00u) | ((p >> 16) & 0xffu) | ((p & 0xffu) << 16);
             }
+        } else {
+            std::reverse_copy(row, row + width, out);
         }
-    };
-    auto upper = std::async(std::launch::async, turnRows, 0, height / 2);
-    turnRows(height / 2, height);
-    upper.get();
+    }
 }
 
 QImage GlobeImage(const QPixmap &chart)
@@ -228,29 +216,37 @@ void StarChartRenderer::prepareTexture(const QPixmap &overlay)
     // its red and blue swapped (and alpha set, whatever the unused byte held)
     // while it is turned; any other format is converted first.
     QImage image = overlay.toImage();
-    if (image.format() == QImage::Format_RGB32 && QSysInfo::ByteOrder == QSysInfo::LittleEndian) {
-        TurnHalfway(image, true, turnedOverlay);
-    } else {
+    const bool opaqueToRgba =
+        image.format() == QImage::Format_RGB32 && QSysInfo::ByteOrder == QSysInfo::LittleEndian;
+    if (!opaqueToRgba)
         image.convertTo(QImage::Format_RGBA8888);
-        TurnHalfway(image, false, turnedOverlay);
-    }
+    const int width = image.width(), height = image.height();
 
     // Minified to the nearest texel, so only the base level is ever sampled:
     // one level, of the overlay's size, written over at each change.
-    if (!textureUpdatable || texture->width() != image.width()
-        || texture->height() != image.height()) {
+    if (!textureUpdatable || texture->width() != width || texture->height() != height) {
         texture = std::make_unique<QOpenGLTexture>(QOpenGLTexture::Target2D);
         texture->setFormat(QOpenGLTexture::RGBA8_UNorm);
-        texture->setSize(image.width(), image.height());
+        texture->setSize(width, height);
         texture->setMipLevels(1);
         texture->allocateStorage(QOpenGLTexture::RGBA, QOpenGLTexture::UInt8);
         texture->setMinificationFilter(QOpenGLTexture::Nearest);
         texture->setMagnificationFilter(QOpenGLTexture::Linear);
         textureUpdatable = true;
     }
+    // Turned and uploaded a band of rows at a time: the band stays in the
+    // processor's cache between the two, which makes the whole several
+    // times quicker than turning the overlay into a buffer of its size.
+    constexpr int bandRows = 16;
+    turnedBand.resize(size_t(width) * bandRows);
     QOpenGLPixelTransferOptions rows;
     rows.setAlignment(4); // whole 32-bit pixels, rows without padding
-    texture->setData(0, QOpenGLTexture::RGBA, QOpenGLTexture::UInt8, turnedOverlay.data(), &rows);
+    for (int first = 0; first < height; first += bandRows) {
+        const int count = std::min(bandRows, height - first);
+        TurnRows(image, first, count, opaqueToRgba, turnedBand.data());
+        texture->setData(0, first, 0, width, count, 1, QOpenGLTexture::RGBA, QOpenGLTexture::UInt8,
+                         turnedBand.data(), &rows);
+    }
 }
 
 void StarChartRenderer::render(const QPixmap &overlay, QImage &target, float latitude,

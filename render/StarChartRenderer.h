@@ -36,10 +36,12 @@ QSurfaceFormat StarChartSurfaceFormat();
 // Null for a null chart.
 QImage GlobeImage(const QPixmap &chart);
 
-// The 32-bit pixels of image turned by 180 degrees (its last pixel first)
-// into turned, resized to fit; with opaqueToRgba each 0x??RRGGBB becomes
-// 0xffBBGGRR, the bytes R, G, B, 255 of RGBA8888 on a little-endian machine.
-void TurnHalfway(const QImage &image, bool opaqueToRgba, std::vector<quint32> &turned);
+// Rows first .. first + count - 1 of the 32-bit image turned by 180 degrees
+// (row first of the turned image is row height - 1 - first, read from the
+// right), into out, count * width pixels; with opaqueToRgba each 0x??RRGGBB
+// becomes 0xffBBGGRR, the bytes R, G, B, 255 of RGBA8888 on a little-endian
+// machine.
+void TurnRows(const QImage &image, int first, int count, bool opaqueToRgba, quint32 *out);
 
 // Lays the rendered globe over the chart, centred on the dial and clipped to
 // its face; outside it the chart keeps the dial's ring. A null chart is left
@@ -93,7 +95,7 @@ private:
 
     QImage targetImage;
     QImage readImage; // the last picture read back, reused while nobody else holds it
-    std::vector<quint32> turnedOverlay; // the overlay turned by 180 degrees, as uploaded
+    std::vector<quint32> turnedBand; // a band of the overlay's rows turned by 180 degrees
     std::vector<quint32> framebufferRows; // bottom row first, as OpenGL reads them
     QMatrix4x4 view;
     QMatrix4x4 projection;

@@ -81,12 +81,12 @@ TEST(SphereMesh, CountsVerticesAndIndices)
     }
 }
 
-// The texture's bytes against Qt's own turn and conversion, on odd sizes (a row of 7 pixels
-// has no middle pair; 1 x 1 and 0 x 0 are edge cases of the shared-out rows), with the unused
-// byte of an opaque pixel written as 0x00: the conversion sets alpha all the same.
-TEST(TurnHalfway, AsQtTurnsAndConvertsToRgba8888)
+// The texture's bytes against Qt's own turn and conversion, the whole image in one band and
+// in bands of 16 rows and the rest, on odd sizes (a row of 7 pixels has no middle pair), with
+// the unused byte of an opaque pixel written as 0x00: the conversion sets alpha all the same.
+TEST(TurnRows, AsQtTurnsAndConvertsToRgba8888)
 {
-    for (const QSize size : {QSize(7, 5), QSize(1600, 801), QSize(1, 1), QSize(0, 0)}) {
+    for (const QSize size : {QSize(7, 5), QSize(1600, 801), QSize(1, 1)}) {
         QImage image(size, QImage::Format_RGB32);
         uint32_t seed = 7;
         for (int y = 0; y < image.height(); ++y) {
@@ -96,19 +96,23 @@ TEST(TurnHalfway, AsQtTurnsAndConvertsToRgba8888)
                 row[x] = seed & (x % 2 ? 0x00ffffffu : 0xffffffffu);
             }
         }
-        const QImage want = image.mirrored(true, true).convertToFormat(QImage::Format_RGBA8888);
-        std::vector<quint32> turned{1, 2, 3}; // resized to fit
-        TurnHalfway(image, true, turned);
-        ASSERT_EQ(turned.size(), size_t(size.width() * size.height()));
-        for (int y = 0; y < size.height(); ++y)
-            ASSERT_EQ(std::memcmp(turned.data() + y * size.width(), want.constScanLine(y), 4 * size.width()), 0)
-                << size.width() << "x" << size.height() << " row " << y;
-        // Already RGBA8888: turned only.
-        TurnHalfway(want, false, turned);
-        const QImage back = want.mirrored(true, true);
-        for (int y = 0; y < size.height(); ++y)
-            ASSERT_EQ(std::memcmp(turned.data() + y * size.width(), back.constScanLine(y), 4 * size.width()), 0)
-                << size.width() << "x" << size.height() << " row " << y;
+        const QImage rgba = image.mirrored(true, true).convertToFormat(QImage::Format_RGBA8888);
+        const QImage turnedBack = rgba.mirrored(true, true); // RGBA8888 already: turned only
+        const int width = size.width(), height = size.height();
+        for (int band : {height, 16}) {
+            std::vector<quint32> turned(size_t(width) * height), again(turned.size());
+            for (int first = 0; first < height; first += band) {
+                const int count = std::min(band, height - first);
+                TurnRows(image, first, count, true, turned.data() + size_t(first) * width);
+                TurnRows(rgba, first, count, false, again.data() + size_t(first) * width);
+            }
+            for (int y = 0; y < height; ++y) {
+                ASSERT_EQ(std::memcmp(turned.data() + size_t(y) * width, rgba.constScanLine(y), 4 * width), 0)
+                    << width << "x" << height << " in bands of " << band << ", row " << y;
+                ASSERT_EQ(std::memcmp(again.data() + size_t(y) * width, turnedBack.constScanLine(y), 4 * width), 0)
+                    << width << "x" << height << " in bands of " << band << ", row " << y;
+            }
+        }
     }
 }
 
