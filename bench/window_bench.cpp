@@ -2,11 +2,13 @@
 // screen overlay with every layer on, and a whole TimeAdjusted (recompute
 // every source, both shades, sky, screen overlay, draw), which play mode runs
 // once a second on the GUI thread; the same in the star-chart view, and one
-// chart. The charts need an X server for their OpenGL context, e.g.
+// chart, each the charts' reference way (/0) and quick way (/1). The charts
+// need an X server for their OpenGL context, e.g.
 //   QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1920x1080x24" build/bench/window_bench
 #include "app/MainWindow.h"
 #include "EveryLayerOn.h"
 
+#include "render/StarChartRenderer.h"
 #include "tracking/SharedState.h"
 
 #include <QApplication>
@@ -72,9 +74,18 @@ void BM_TimeAdjusted(benchmark::State &state)
 }
 BENCHMARK(BM_TimeAdjusted)->Unit(benchmark::kMillisecond);
 
+// The charts the reference way (argument 0: a new texture for each overlay,
+// the depth test, Qt's read-back) or the quick way (argument 1), which draw
+// the same pixels.
+void ChooseChartPath(const benchmark::State &state)
+{
+    window->findChild<StarChartRenderer *>()->setReferencePath(state.range(0) == 0);
+}
+
 // The same in the star-chart view: both charts rendered in place of the map.
 void BM_TimeAdjustedChartView(benchmark::State &state)
 {
+    ChooseChartPath(state);
     overlaySettings.StarChartOverlay = true;
     MeasureSteps(state, [] {
         displayOffset += 60;
@@ -82,11 +93,12 @@ void BM_TimeAdjustedChartView(benchmark::State &state)
     });
     overlaySettings.StarChartOverlay = false;
 }
-BENCHMARK(BM_TimeAdjustedChartView)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TimeAdjustedChartView)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 // One chart: dial copy, texture from the overlay, sphere, read-back, clip.
 void BM_DrawStarChart1(benchmark::State &state)
 {
+    ChooseChartPath(state);
     overlaySettings.StarChartOverlay = true;
     window->TimeAdjusted();
     for (auto _ : state) {
@@ -95,7 +107,7 @@ void BM_DrawStarChart1(benchmark::State &state)
     }
     overlaySettings.StarChartOverlay = false;
 }
-BENCHMARK(BM_DrawStarChart1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DrawStarChart1)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void BM_RecalculateSources(benchmark::State &state)
 {

@@ -15,6 +15,7 @@
 #include <QSurfaceFormat>
 
 #include <memory>
+#include <vector>
 
 class QOffscreenSurface;
 class QOpenGLContext;
@@ -34,6 +35,13 @@ QSurfaceFormat StarChartSurfaceFormat();
 // globe fills the face inside the dial's ring, at the chart's device pixels.
 // Null for a null chart.
 QImage GlobeImage(const QPixmap &chart);
+
+// Rows first .. first + count - 1 of the 32-bit image turned by 180 degrees
+// (row first of the turned image is row height - 1 - first, read from the
+// right), into out, count * width pixels; with opaqueToRgba each 0x??RRGGBB
+// becomes 0xffBBGGRR, the bytes R, G, B, 255 of RGBA8888 on a little-endian
+// machine.
+void TurnRows(const QImage &image, int first, int count, bool opaqueToRgba, quint32 *out);
 
 // Lays the rendered globe over the chart, centred on the dial and clipped to
 // its face; outside it the chart keeps the dial's ring. A null chart is left
@@ -72,18 +80,23 @@ public:
     // back into the target image.
     void draw();
 
-    // Uploads the overlay with a full mipmap chain, as it once was, so that a
-    // test can show the plain upload draws the same pixels.
-    void setMipmapChain(bool on) { mipmapChain = on; textureSource = 0; }
+    // Draws the way the charts were once drawn, so that a test can show the
+    // quicker way draws the same pixels: a new texture from a turned copy of
+    // each overlay, the depth test on, the framebuffer read back through Qt.
+    void setReferencePath(bool on) { referencePath = on; textureSource = 0; }
 
     const QMatrix4x4 &modelMatrix() const { return model; }
     const QMatrix4x4 &viewMatrix() const { return view; }
 
 private:
     void prepareTexture(const QPixmap &overlay);
+    void prepareReferenceTexture(const QPixmap &overlay);
+    void readBack();
 
     QImage targetImage;
-    QImage textureImage;
+    QImage readImage; // the last picture read back, reused while nobody else holds it
+    std::vector<quint32> turnedBand; // a band of the overlay's rows turned by 180 degrees
+    std::vector<quint32> framebufferRows; // bottom row first, as OpenGL reads them
     QMatrix4x4 view;
     QMatrix4x4 projection;
     QMatrix4x4 model;
@@ -97,8 +110,9 @@ private:
     std::unique_ptr<QOpenGLTexture> texture;
     std::unique_ptr<QOpenGLFramebufferObject> framebuffer;
     qint64 textureSource = 0; // cache key of the pixmap the texture was made from
+    bool textureUpdatable = false; // one level, updated in place
     bool ready = false;
-    bool mipmapChain = false;
+    bool referencePath = false;
 };
 
 } // namespace lunaquill

@@ -81,6 +81,41 @@ TEST(SphereMesh, CountsVerticesAndIndices)
     }
 }
 
+// The texture's bytes against Qt's own turn and conversion, the whole image in one band and
+// in bands of 16 rows and the rest, on odd sizes (a row of 7 pixels has no middle pair), with
+// the unused byte of an opaque pixel written as 0x00: the conversion sets alpha all the same.
+TEST(TurnRows, AsQtTurnsAndConvertsToRgba8888)
+{
+    for (const QSize size : {QSize(7, 5), QSize(1600, 801), QSize(1, 1)}) {
+        QImage image(size, QImage::Format_RGB32);
+        uint32_t seed = 7;
+        for (int y = 0; y < image.height(); ++y) {
+            auto *row = reinterpret_cast<quint32 *>(image.scanLine(y));
+            for (int x = 0; x < image.width(); ++x) {
+                seed = seed * 1664525u + 1013904223u;
+                row[x] = seed & (x % 2 ? 0x00ffffffu : 0xffffffffu);
+            }
+        }
+        const QImage rgba = image.mirrored(true, true).convertToFormat(QImage::Format_RGBA8888);
+        const QImage turnedBack = rgba.mirrored(true, true); // RGBA8888 already: turned only
+        const int width = size.width(), height = size.height();
+        for (int band : {height, 16}) {
+            std::vector<quint32> turned(size_t(width) * height), again(turned.size());
+            for (int first = 0; first < height; first += band) {
+                const int count = std::min(band, height - first);
+                TurnRows(image, first, count, true, turned.data() + size_t(first) * width);
+                TurnRows(rgba, first, count, false, again.data() + size_t(first) * width);
+            }
+            for (int y = 0; y < height; ++y) {
+                ASSERT_EQ(std::memcmp(turned.data() + size_t(y) * width, rgba.constScanLine(y), 4 * width), 0)
+                    << width << "x" << height << " in bands of " << band << ", row " << y;
+                ASSERT_EQ(std::memcmp(again.data() + size_t(y) * width, turnedBack.constScanLine(y), 4 * width), 0)
+                    << width << "x" << height << " in bands of " << band << ", row " << y;
+            }
+        }
+    }
+}
+
 TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
 {
     test::ResetSharedState();
@@ -92,8 +127,8 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     if (!renderer->isReady())
         GTEST_SKIP() << "no OpenGL context on this display";
     KeepGlDriversLoaded();
-    auto render = [&](const QPixmap &overlay, float latitude, float longitude) {
-        QImage target(400, 400, QImage::Format_RGB32);
+    auto render = [&](const QPixmap &overlay, float latitude, float longitude, int side = 400) {
+        QImage target(side, side, QImage::Format_RGB32);
         renderer->render(overlay, target, latitude, longitude);
         return target;
     };
@@ -126,24 +161,52 @@ TEST(StarChartRender, StationAtTheCentreEastRightNorthUpAndTheWindowsCharts)
     QPainter(&overlay).fillRect(overlay.rect(), Qt::white);
     EXPECT_EQ(QColor(render(overlay, -35, 155).pixel(200, 200)), QColor(Qt::white));
 
-    // Minified to the nearest texel, the chart is the same pixel for pixel
-    // without the mipmap chain the overlay was once uploaded with: a map of
-    // single-pixel noise at the window's size, seen from stations all over.
-    QImage noise(1600, 800, QImage::Format_RGB32);
-    uint32_t seed = 12345;
-    for (int y = 0; y < noise.height(); ++y)
-        for (int x = 0; x < noise.width(); ++x) {
-            seed = seed * 1664525u + 1013904223u;
-            noise.setPixel(x, y, qRgb(seed >> 24, (seed >> 16) & 0xff, (seed >> 8) & 0xff));
+    // The quick path (one texture updated in place, no depth buffer, its own read-back) against
+    // the reference path (a new texture from a turned copy of each overlay, the depth test, Qt's
+    // read-back), pixel for pixel: maps of single-pixel noise at the window's size in
+    // the two formats an overlay comes in (opaque, uploaded as it is; premultiplied, converted),
+    // seen from stations all over at several sizes. Each overlay is new, so the kept texture is
+    // written over each time, and once at another size.
+    auto noiseMap = [](QSize size, QImage::Format format, uint32_t seed) {
+        QImage noise(size, QImage::Format_ARGB32);
+        for (int y = 0; y < noise.height(); ++y)
+            for (int x = 0; x < noise.width(); ++x) {
+                seed = seed * 1664525u + 1013904223u;
+                const int alpha = format == QImage::Format_RGB32 ? 255 : int(seed & 0xff);
+                noise.setPixel(x, y, qRgba(seed >> 24, (seed >> 16) & 0xff, (seed >> 8) & 0xff, alpha));
+            }
+        return QPixmap::fromImage(noise.convertToFormat(format));
+    };
+    const struct { QImage::Format format; QSize size; } maps[] = {
+        {QImage::Format_RGB32, {1600, 800}}, {QImage::Format_ARGB32_Premultiplied, {1600, 800}},
+        {QImage::Format_RGB32, {2000, 1000}}, {QImage::Format_RGB32, {1600, 800}}};
+    const std::pair<float, float> places[] = {{0.f, 0.f}, {42.5f, -71.0f}, {-33.9f, 151.2f},
+                                              {89.0f, 10.0f}, {-60.0f, -179.5f}, {-89.5f, 95.0f}};
+    int seed = 1;
+    for (const auto &map : maps)
+        for (int side : {400, 771, 1187}) {
+            const QPixmap busy = noiseMap(map.size, map.format, uint32_t(seed++));
+            ASSERT_EQ(busy.toImage().format(), map.format);
+            for (const auto &[latitude, longitude] : places) {
+                renderer->setReferencePath(true);
+                const QImage reference = render(busy, latitude, longitude, side);
+                renderer->setReferencePath(false);
+                const QImage quick = render(busy, latitude, longitude, side);
+                ASSERT_EQ(quick.format(), reference.format());
+                EXPECT_EQ(quick, reference) << map.format << " " << map.size.width() << " map, "
+                                            << side << " px, " << latitude << "," << longitude;
+            }
         }
-    const QPixmap busy = QPixmap::fromImage(noise);
-    for (const auto &s : {std::pair{0.f, 0.f}, {42.5f, -71.0f}, {-33.9f, 151.2f}, {89.0f, 10.0f},
-                          {-60.0f, -179.5f}}) {
-        renderer->setMipmapChain(true);
-        const QImage chained = render(busy, s.first, s.second);
-        renderer->setMipmapChain(false);
-        EXPECT_EQ(render(busy, s.first, s.second), chained) << s.first << "," << s.second;
-    }
+    // No two faces overlap, so the depth test decides nothing: a station every 7.5 degrees of
+    // latitude, 20 of longitude, on the window's chart size.
+    const QPixmap busy = noiseMap({1600, 800}, QImage::Format_RGB32, 99);
+    for (float latitude = -90.0f; latitude <= 90.0f; latitude += 7.5f)
+        for (float longitude = -180.0f; longitude < 180.0f; longitude += 20.0f) {
+            renderer->setReferencePath(true);
+            const QImage reference = render(busy, latitude, longitude, 771);
+            renderer->setReferencePath(false);
+            EXPECT_EQ(render(busy, latitude, longitude, 771), reference) << latitude << "," << longitude;
+        }
 
     // The window's own: no home station (a first run sets JJ00aa), its position in the Sahara,
     // and every layer off: the overlay is the plain map. The DX station stands in the Sahara
