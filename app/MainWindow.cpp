@@ -16,6 +16,12 @@
 
 #include <QFileInfo>
 
+#include <cstring>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include <future>
 
 using namespace lunaquill;
@@ -37,6 +43,14 @@ SourceTrack &TrackedRecord(SourceTrack *records)
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent), ui(new Ui::MainWindow)
 {
+#ifdef __GLIBC__
+    // Every step makes a handful of map-sized images (5 MB at 1600 x 800) and
+    // frees as many. glibc would map each afresh and unmap it when freed, and
+    // the kernel would zero and fault in every page again at each step; kept
+    // in the heap and not given back, the same memory serves the next step.
+    mallopt(M_MMAP_THRESHOLD, 32 * 1024 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 128 * 1024 * 1024);
+#endif
     ui->setupUi(this);
     setWindowTitle(Printf("%s", "Q9QQ Lunaquill v1.05 Feb 28, 2025"));
     // The size is chosen when the window is first shown, for its screen,
@@ -322,43 +336,67 @@ void MainWindow::RefreshPanels()
         ui->MutualDoppler->setText(" ");
 }
 
+namespace {
+
+ShadeRequest ShadeFrom(bool wanted, const QPixmap &layer, double latitude, double longitude,
+                       double strength)
+{
+    return {wanted, layer.size(), latitude, longitude, strength};
+}
+
+} // namespace
+
 void MainWindow::RebuildOverlays()
 {
-    // The shading pictures are pure pixel work: made on two other threads
-    // while this thread rolls the sky layer and paints the screen overlay up
-    // to them.
-    StartShadePictures();
+    // The shading pictures are pure pixel work for the worker threads, made
+    // while this thread paints the screen overlay up to them; those started
+    // ahead by TimeAdjusted are kept when the records agree with them.
+    const SourceTrack &sun = homeTracks[Sun], &moon = homeTracks[Moon];
+    StartShadePictures(ShadeFrom(sun.valid && overlaySettings.SunShadingOverlay, sunShade,
+                                 sun.subLatitude, sun.subLongitude, 10.0),
+                       ShadeFrom(moon.valid && overlaySettings.MoonShadingOverlay, moonShade,
+                                 moon.subLatitude, moon.subLongitude, 8.0));
     if (homeTracks[SagittariusA].valid)
         CreateSkyOverlay(skyLayer, scaledSkyNoise, skyOverlayParameter);
     CreateScreenOverlay();
 }
 
-void MainWindow::StartShadePictures()
+void MainWindow::StartShadePictures(const ShadeRequest &sun, const ShadeRequest &moon)
 {
-    FinishShadePictures(); // an earlier pair not yet laid in
-    auto shade = [](const QPixmap &layer, const SourceTrack &body, double strength) {
-        return std::async(std::launch::async, ShadeImage, layer.size(), body.subLatitude,
-                          body.subLongitude, strength);
-    };
-    if (homeTracks[Sun].valid && overlaySettings.SunShadingOverlay
-        && PrepareShadeColumns(sunShade.width()))
-        sunPicture = shade(sunShade, homeTracks[Sun], 10.0);
-    if (homeTracks[Moon].valid && overlaySettings.MoonShadingOverlay) {
+    ShadePicture *pictures[2] = {&sunPicture, &moonPicture};
+    const ShadeRequest *requests[2] = {&sun, &moon};
+    for (int i = 0; i < 2; ++i) {
+        ShadePicture &picture = *pictures[i];
+        const ShadeRequest &request = *requests[i];
+        if (picture.image.valid() && SameShadeRequest(picture.request, request))
+            continue;
+        if (picture.image.valid())
+            picture.image.get(); // no longer wanted, but it reads the column tables
+        picture = {};
+        if (!request.wanted)
+            continue;
         // The column tables are shared: remade for another width only once
-        // the Sun's picture no longer reads them.
-        if (sunPicture.valid() && moonShade.width() != sunShade.width())
-            sunPicture.wait();
-        if (PrepareShadeColumns(moonShade.width()))
-            moonPicture = shade(moonShade, homeTracks[Moon], 8.0);
+        // the other picture no longer reads them.
+        ShadePicture &other = *pictures[1 - i];
+        if (other.image.valid() && other.request.size.width() != request.size.width())
+            other.image.get();
+        if (!PrepareShadeColumns(request.size.width()))
+            continue;
+        picture.request = request;
+        picture.image = WorkerTask<QImage>([request] {
+            return ShadeImage(request.size, request.latitude, request.longitude, request.strength);
+        });
     }
 }
 
 void MainWindow::FinishShadePictures()
 {
-    if (sunPicture.valid())
-        PaintShade(sunShade, sunPicture.get());
-    if (moonPicture.valid())
-        PaintShade(moonShade, moonPicture.get());
+    if (sunPicture.image.valid())
+        PaintShade(sunShade, sunPicture.image.get());
+    if (moonPicture.image.valid())
+        PaintShade(moonShade, moonPicture.image.get());
+    sunPicture = {};
+    moonPicture = {};
 }
 
 void MainWindow::Redraw()
@@ -373,6 +411,27 @@ void MainWindow::Redraw()
 
 void MainWindow::TimeAdjusted()
 {
+    // The work for the worker threads is started first: the Moon's positions
+    // for the rise/set search, then the shading pictures from the sub-points
+    // the home station's Sun and Moon are about to get (worked out without
+    // libnova, so that nothing it keeps changes). RebuildOverlays keeps the
+    // pictures if the records agree and makes them again if not.
+    const struct tm utc = DisplayedUtc();
+    if (dxStationSet || homeStationSet)
+        PrepareMoonRiseSet(utc);
+    ShadeRequest ahead[2];
+    const struct { uint32_t id; bool on; const QPixmap &layer; double strength; } bodies[2] = {
+        {Sun, overlaySettings.SunShadingOverlay, sunShade, 10.0},
+        {Moon, overlaySettings.MoonShadingOverlay, moonShade, 8.0}};
+    for (int i = 0; i < 2; ++i) {
+        double latitude = 0.0, longitude = 0.0;
+        const bool wanted = homeStationSet && bodies[i].on
+                            && SubPointWithoutLibnova(bodies[i].id, utc, homeData.latitude,
+                                                      homeData.longitude, homeData.frequency,
+                                                      latitude, longitude);
+        ahead[i] = ShadeFrom(wanted, bodies[i].layer, latitude, longitude, bodies[i].strength);
+    }
+    StartShadePictures(ahead[0], ahead[1]);
     RecalculateSources();
     RebuildOverlays();
     Redraw();

@@ -25,6 +25,9 @@
 #include <QString>
 #include <QTimer>
 
+#include "render/ShadeOverlay.h"
+#include "tracking/WorkerPool.h"
+
 #include <future>
 #include <vector>
 
@@ -218,12 +221,18 @@ private:
     void SaveOverlaySettings();
     void ShowSaveFailure(const QString &error);
     void RebuildOverlays();
-    // The Sun's and the Moon's shading pictures, made on other threads from
-    // RebuildOverlays on and laid into their layers by the screen overlay
-    // just before it draws them (nothing when none is being made).
-    void StartShadePictures();
+    // The Sun's and the Moon's shading pictures, made on the worker threads
+    // and laid into their layers by the screen overlay just before it draws
+    // them. A picture is asked for with the sub-point it shades from, and one
+    // already under way for the same request is kept.
+    struct ShadePicture {
+        lunaquill::ShadeRequest request;
+        lunaquill::WorkerTask<QImage> image;
+    };
+    ShadePicture sunPicture, moonPicture;
+    void StartShadePictures(const lunaquill::ShadeRequest &sun,
+                            const lunaquill::ShadeRequest &moon);
     void FinishShadePictures();
-    std::future<QImage> sunPicture, moonPicture;
     void Redraw();
     void StepTime(int32_t step, QWidget *pressed);
     void SetStepButtonsGray();

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 namespace lunaquill {
 
@@ -147,6 +148,13 @@ void CreateShadeOverlay(QPixmap &layer, double latitude, double longitude, doubl
     if (!PrepareShadeColumns(layer.width()))
         return;
     PaintShade(layer, ShadeImage(layer.size(), latitude, longitude, strength));
+}
+
+bool SameShadeRequest(const ShadeRequest &a, const ShadeRequest &b)
+{
+    auto same = [](double x, double y) { return memcmp(&x, &y, sizeof x) == 0; };
+    return a.wanted == b.wanted && a.size == b.size && same(a.latitude, b.latitude)
+           && same(a.longitude, b.longitude) && same(a.strength, b.strength);
 }
 
 int ShadeColumnTableWidth()

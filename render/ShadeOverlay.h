@@ -27,6 +27,17 @@ bool PrepareShadeColumns(int width);
 QImage ShadeImage(QSize size, double latitude, double longitude, double strength);
 void PaintShade(QPixmap &layer, QImage image);
 
+// What a shading picture is made from, for keeping a picture under way when
+// it is asked for again: equal when every field is equal bit for bit.
+struct ShadeRequest {
+    bool wanted = false; // false: no picture
+    QSize size;
+    double latitude = 0.0;
+    double longitude = 0.0;
+    double strength = 0.0;
+};
+bool SameShadeRequest(const ShadeRequest &a, const ShadeRequest &b);
+
 // The width the column tables were last made for, and how many times they
 // have been made since the process started.
 int ShadeColumnTableWidth();

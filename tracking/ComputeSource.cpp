@@ -61,14 +61,38 @@ void StoreHorizontal(const ln_equ_posn &equ, ln_lnlat_posn &observer, double jd,
                    record.subLongitude);
 }
 
+// The Moon's and the Sun's places and sub-points, from our own low-precision
+// theories: nothing of libnova, so nothing it keeps, is touched.
+void MoonPlace(const struct tm &utc, const ln_lnlat_posn &observer, double frequencyMHz,
+               SourceTrack &record)
+{
+    EmeMoonTrack(utc, observer.lat, observer.lng, frequencyMHz, record);
+    record.rightAscension /= 15.0;
+    SubSourcePoint(utc, record.rightAscension, record.declination, record.subLatitude,
+                   record.subLongitude);
+}
+
+void SunPlace(const struct tm &utc, const ln_lnlat_posn &observer, SourceTrack &record)
+{
+    const double ut = utc.tm_hour + utc.tm_min / 60.0 + utc.tm_sec / 3600.0;
+    const double d = DayNumber(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, ut);
+    const SunPosition sun = LowPrecisionSun(d, ut, observer.lat, observer.lng);
+    record.azimuth = sun.azimuth;
+    record.elevation = sun.elevation;
+    record.rightAscension = sun.rightAscension / 15.0;
+    record.declination = sun.declination;
+    record.doppler = 0.0;
+    record.skyTemperature = 0.0;
+    record.aboveHorizon = sun.elevation >= 0 ? 1 : 0;
+    SubSourcePoint(utc, record.rightAscension, record.declination, record.subLatitude,
+                   record.subLongitude);
+}
+
 void ComputeMoon(uint32_t flags, const struct tm &utc, double jd, ln_lnlat_posn &observer,
                  double frequencyMHz, int32_t wasAbove, SourceTrack &record)
 {
     if (flags & TrackPosition) {
-        EmeMoonTrack(utc, observer.lat, observer.lng, frequencyMHz, record);
-        record.rightAscension /= 15.0;
-        SubSourcePoint(utc, record.rightAscension, record.declination, record.subLatitude,
-                       record.subLongitude);
+        MoonPlace(utc, observer, frequencyMHz, record);
 
         ln_equ_posn equ{record.rightAscension * 15.0, record.declination};
         ln_lnlat_posn ecliptic;
@@ -100,20 +124,8 @@ void ComputeMoon(uint32_t flags, const struct tm &utc, double jd, ln_lnlat_posn 
 void ComputeSun(uint32_t flags, const struct tm &utc, double jd, ln_lnlat_posn &observer,
                 int32_t wasAbove, SourceTrack &record)
 {
-    if (flags & TrackPosition) {
-        const double ut = utc.tm_hour + utc.tm_min / 60.0 + utc.tm_sec / 3600.0;
-        const double d = DayNumber(utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, ut);
-        const SunPosition sun = LowPrecisionSun(d, ut, observer.lat, observer.lng);
-        record.azimuth = sun.azimuth;
-        record.elevation = sun.elevation;
-        record.rightAscension = sun.rightAscension / 15.0;
-        record.declination = sun.declination;
-        record.doppler = 0.0;
-        record.skyTemperature = 0.0;
-        record.aboveHorizon = sun.elevation >= 0 ? 1 : 0;
-        SubSourcePoint(utc, record.rightAscension, record.declination, record.subLatitude,
-                       record.subLongitude);
-    }
+    if (flags & TrackPosition)
+        SunPlace(utc, observer, record);
     if (flags & TrackDistance)
         record.distance = ln_get_earth_solar_dist(jd);
     if (flags & TrackPhase)
@@ -215,6 +227,23 @@ double JulianDayOf(const struct tm &utc)
 }
 
 } // namespace
+
+bool SubPointWithoutLibnova(uint32_t sourceId, const struct tm &utc, double latitude,
+                            double longitude, double frequencyMHz, double &subLatitude,
+                            double &subLongitude)
+{
+    if (sourceId != Moon && sourceId != Sun)
+        return false;
+    const ln_lnlat_posn observer{longitude, latitude};
+    SourceTrack scratch{};
+    if (sourceId == Moon)
+        MoonPlace(utc, observer, frequencyMHz, scratch);
+    else
+        SunPlace(utc, observer, scratch);
+    subLatitude = scratch.subLatitude;
+    subLongitude = scratch.subLongitude;
+    return true;
+}
 
 bool PrepareMoonRiseSet(const struct tm &utc)
 {

@@ -65,11 +65,19 @@ void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc,
                    double latitude, double longitude, double frequencyMHz,
                    SourceTrack &record);
 
-// Starts the Moon's positions for a rise/set search at `utc` on the second
-// core, ahead of the ComputeSource calls that will ask for them (see
+// Starts the Moon's positions for a rise/set search at `utc` on the worker
+// threads, ahead of the ComputeSource calls that will ask for them (see
 // PrefetchLunarRiseSet). The figures are the same with or without it. False
 // when nothing could be started.
 bool PrepareMoonRiseSet(const struct tm &utc);
+
+// The sub-point that ComputeSource gives the Moon or the Sun (TrackPosition)
+// for that station, bit for bit, worked out without calling libnova, so that
+// it may be asked ahead of the ComputeSource calls without changing what
+// libnova keeps between them. False for any other source.
+bool SubPointWithoutLibnova(uint32_t sourceId, const struct tm &utc, double latitude,
+                            double longitude, double frequencyMHz, double &subLatitude,
+                            double &subLongitude);
 
 // "<prefix>MM-DD HH:MM" of a rise or set instant, into `text` (cut at `size`).
 // A source that stays up all day (status 1) or never rises (-1) has no

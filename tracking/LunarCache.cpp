@@ -1,6 +1,7 @@
 #include "LunarCache.h"
 
 #include "LunarSeries.h"
+#include "WorkerPool.h"
 
 #include <libnova/lunar.h>
 #include <libnova/rise_set.h>
@@ -8,12 +9,9 @@
 #include <libnova/utility.h>
 
 
-#include <array>
 #include <cmath>
 #include <cstring>
 #include <future>
-#include <memory>
-#include <system_error>
 
 namespace lunaquill {
 
@@ -63,25 +61,22 @@ DateMemo<double, 4> lunarDisks;
 
 // The dates of the last prefetch, with their positions as they become ready.
 // Read and replaced on the calling thread only; the workers fulfil the
-// promises behind the futures. A new prefetch waits for the last one's
-// workers to end.
+// futures. A task holds nothing but its date, so a prefetch that is replaced
+// is merely no longer waited for.
 struct Prefetch {
     static constexpr int kDates = 4;
     double dates[kDates] = {};
-    std::shared_future<ln_rect_posn> positions[kDates];
-    std::future<void> workers[2];
+    WorkerTask<ln_rect_posn> positions[kDates];
+    bool active = false;
 };
 Prefetch prefetch;
 bool prefetchUsed = true;
 
 void EndPrefetch()
 {
-    for (auto &worker : prefetch.workers) {
-        if (worker.valid())
-            worker.wait();
-    }
     for (auto &position : prefetch.positions)
         position = {};
+    prefetch.active = false;
 }
 
 // The Moon's geocentric position at full precision: the prefetched one when
@@ -113,43 +108,31 @@ void EquatorialFromGeocentric(const ln_rect_posn &moon, double jd, ln_equ_posn &
 
 bool PrefetchLunarRiseSet(double jd)
 {
-    EndPrefetch();
     if (!prefetchUsed)
         return false;
-    // The dates as the search forms them: it asks for jd - 1.0, jd and
-    // jd + 1.0; the search for a pass that began the day before asks for
-    // (jd - 1.0) - 1.0 and then two it already has ((jd - 1.0) + 1.0 is jd
-    // exactly at these magnitudes). One thread takes the day before and the one
-    // before that, the other the instant and the day after, each in the
-    // order they are asked for. The day before that is wasted when no pass
-    // began the day before, but it costs the calling thread no time: that
-    // waits for the day after, which the other thread ends no sooner.
-    const double wanted[Prefetch::kDates] = {jd - 1.0, (jd - 1.0) - 1.0, jd, jd + 1.0};
-    using Promises = std::array<std::promise<ln_rect_posn>, Prefetch::kDates>;
-    auto promises = std::make_shared<Promises>();
-    bool asked[Prefetch::kDates] = {};
+    // The dates as the search forms them, in the order it asks for them: jd -
+    // 1.0, jd and jd + 1.0, then for a pass that began the day before
+    // (jd - 1.0) - 1.0 and two it already has ((jd - 1.0) + 1.0 is jd exactly
+    // at these magnitudes). The last is wasted when no pass began the day
+    // before, but the calling thread waits for the day after meanwhile.
+    const double wanted[Prefetch::kDates] = {jd - 1.0, jd, jd + 1.0, (jd - 1.0) - 1.0};
+    if (prefetch.active && memcmp(prefetch.dates, wanted, sizeof wanted) == 0)
+        return true; // already under way for this instant
+    EndPrefetch();
     for (int i = 0; i < Prefetch::kDates; ++i) {
         prefetch.dates[i] = wanted[i];
         if (!lunarPositions.has(wanted[i])) { // already known: nothing to compute
-            asked[i] = true;
-            prefetch.positions[i] = (*promises)[i].get_future().share();
+            const double date = wanted[i];
+            prefetch.positions[i] =
+                WorkerTask<ln_rect_posn>([date] { return LunarGeoPosition(date, 0); });
         }
     }
-    for (int worker = 0; worker < 2; ++worker) {
-        const int first = 2 * worker;
-        const bool ask[2] = {asked[first], asked[first + 1]};
-        const double dates[2] = {wanted[first], wanted[first + 1]};
-        try {
-            prefetch.workers[worker] = std::async(std::launch::async, [=] {
-                for (int i = 0; i < 2; ++i) {
-                    if (ask[i])
-                        (*promises)[first + i].set_value(LunarGeoPosition(dates[i], 0));
-                }
-            });
-        } catch (const std::system_error &) {
-            // No thread to be had: these dates are computed by the caller.
-            prefetch.positions[first] = prefetch.positions[first + 1] = {};
-        }
+    prefetch.active = true;
+    // The search needs the first three at once, and the two workers take two:
+    // this thread makes one itself rather than wait for the third.
+    for (int i = 0; i < 3; ++i) {
+        if (prefetch.positions[i].runHereIfWaiting())
+            break;
     }
     return true;
 }

@@ -18,15 +18,16 @@
 
 namespace lunaquill {
 
-// Starts computing, on two other threads, the Moon's positions that a
-// rise/set search at `jd` will ask for (a day before, the instant, a day
-// after, and two days before for a pass that began the day before), with the
-// reentrant evaluation of libnova's lunar theory (LunarSeries.h).
-// CachedLunarEquCoords then takes them as they are ready; each is bit for bit
-// what it would have computed itself, and the nutation and every other kept
-// state of libnova are used on the calling thread only, in the same order as
-// without the prefetch. Call it from the thread that makes the Moon's calls.
-// False (and nothing started) when the prefetch is off.
+// Starts computing, on the worker threads (WorkerPool.h), the Moon's
+// positions that a rise/set search at `jd` will ask for (a day before, the
+// instant, a day after, and two days before for a pass that began the day
+// before), with the reentrant evaluation of libnova's lunar theory
+// (LunarSeries.h). CachedLunarEquCoords then takes them as they are ready;
+// each is bit for bit what it would have computed itself, and the nutation
+// and every other kept state of libnova are used on the calling thread only,
+// in the same order as without the prefetch. Asked again for the same
+// instant it keeps what is under way. Call it from the thread that makes the
+// Moon's calls. False (and nothing started) when the prefetch is off.
 bool PrefetchLunarRiseSet(double jd);
 
 // Off: no prefetch, and every position computed by ln_get_lunar_equ_coords
