@@ -18,9 +18,6 @@
 
 #include <cstring>
 
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
 
 #include <future>
 
@@ -43,14 +40,6 @@ SourceTrack &TrackedRecord(SourceTrack *records)
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent), ui(new Ui::MainWindow)
 {
-#ifdef __GLIBC__
-    // Every step makes a handful of map-sized images (5 MB at 1600 x 800) and
-    // frees as many. glibc would map each afresh and unmap it when freed, and
-    // the kernel would zero and fault in every page again at each step; kept
-    // in the heap and not given back, the same memory serves the next step.
-    mallopt(M_MMAP_THRESHOLD, 32 * 1024 * 1024);
-    mallopt(M_TRIM_THRESHOLD, 128 * 1024 * 1024);
-#endif
     ui->setupUi(this);
     setWindowTitle(Printf("%s", "Q9QQ Lunaquill v1.05 Feb 28, 2025"));
     // The size is chosen when the window is first shown, for its screen,
@@ -372,7 +361,8 @@ void MainWindow::StartShadePictures(const ShadeRequest &sun, const ShadeRequest 
             continue;
         if (picture.image.valid())
             picture.image.get(); // no longer wanted, but it reads the column tables
-        picture = {};
+        picture.request = {};
+        picture.image = {};
         if (!request.wanted)
             continue;
         // The column tables are shared: remade for another width only once
@@ -391,12 +381,14 @@ void MainWindow::StartShadePictures(const ShadeRequest &sun, const ShadeRequest 
 
 void MainWindow::FinishShadePictures()
 {
-    if (sunPicture.image.valid())
-        PaintShade(sunShade, sunPicture.image.get());
-    if (moonPicture.image.valid())
-        PaintShade(moonShade, moonPicture.image.get());
-    sunPicture = {};
-    moonPicture = {};
+    const struct { ShadePicture &picture; QPixmap &layer; } shades[] = {
+        {sunPicture, sunShade}, {moonPicture, moonShade}};
+    for (const auto &shade : shades) {
+        if (shade.picture.image.valid())
+            PaintShade(shade.layer, shade.picture.image.get());
+        shade.picture.request = {};
+        shade.picture.image = {};
+    }
 }
 
 void MainWindow::Redraw()
@@ -426,12 +418,33 @@ void MainWindow::TimeAdjusted()
     for (int i = 0; i < 2; ++i) {
         double latitude = 0.0, longitude = 0.0;
         const bool wanted = homeStationSet && bodies[i].on
-                            && SubPointWithoutLibnova(bodies[i].id, utc, homeData.latitude,
+                            && SubPointAhead(bodies[i].id, utc, homeData.latitude,
                                                       homeData.longitude, homeData.frequency,
                                                       latitude, longitude);
         ahead[i] = ShadeFrom(wanted, bodies[i].layer, latitude, longitude, bodies[i].strength);
     }
+    // The sky layers of the screen overlay likewise, from where Sagittarius
+    // is about to stand.
+    double latitude = 0.0, longitude = 0.0;
+    if (!baseMap.isNull() && baseMap.devicePixelRatio() == 1.0 && homeStationSet
+        && SubPointAhead(SagittariusA, utc, homeData.latitude, homeData.longitude,
+                         homeData.frequency, latitude, longitude)) {
+        QPoint sagittarius;
+        LatLongToPoint(latitude, longitude, sagittarius);
+        skyCanvasRequest = SkyCanvasFor(sagittarius.x());
+        skyCanvas = WorkerTask<QImage>([request = skyCanvasRequest] { return PaintSkyCanvas(request); });
+    }
     StartShadePictures(ahead[0], ahead[1]);
+    // Stepping evenly, the next step's instant is as far on again: its
+    // Moon's positions are made while this step is drawn and the next waited for.
+    const time_t now = DisplayedTime();
+    if ((dxStationSet || homeStationSet) && lastStep != 0 && now != lastStep) {
+        const time_t next = now + (now - lastStep);
+        struct tm nextUtc {};
+        if (gmtime_r(&next, &nextUtc))
+            PrepareUpcomingMoonRiseSet(nextUtc);
+    }
+    lastStep = now;
     RecalculateSources();
     RebuildOverlays();
     Redraw();

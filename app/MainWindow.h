@@ -26,6 +26,7 @@
 #include <QTimer>
 
 #include "render/ShadeOverlay.h"
+#include "render/SkyLayers.h"
 #include "tracking/WorkerPool.h"
 
 #include <future>
@@ -111,6 +112,8 @@ public slots:
     void TimeAdjustDayMButtonPressed();
     void TimeAdjustWeekMButtonPressed();
     void RecalculateSources();
+    // The shades, the sky layer and the screen overlay from the records.
+    void RebuildOverlays();
     void StarAttributes(double magnitude, double colourIndex, QColor &colour, int &size);
     void LatLongToPoint(double latitude, double longitude, QPoint &point);
     QPoint AzAltToDial(QRect rect, double azimuth, double altitude);
@@ -220,7 +223,6 @@ private:
     bool SaveHomeSettings(); // false: not saved (and reported)
     void SaveOverlaySettings();
     void ShowSaveFailure(const QString &error);
-    void RebuildOverlays();
     // The Sun's and the Moon's shading pictures, made on the worker threads
     // and laid into their layers by the screen overlay just before it draws
     // them. A picture is asked for with the sub-point it shades from, and one
@@ -230,6 +232,13 @@ private:
         lunaquill::WorkerTask<QImage> image;
     };
     ShadePicture sunPicture, moonPicture;
+    // The screen overlay's sky layers (SkyLayers.h), painted ahead on a worker
+    // by TimeAdjusted and taken by the screen overlay if its request still
+    // holds, else painted there.
+    lunaquill::SkyCanvasRequest SkyCanvasFor(int sagittariusX) const;
+    lunaquill::SkyCanvasRequest skyCanvasRequest;
+    lunaquill::WorkerTask<QImage> skyCanvas;
+    time_t lastStep = 0; // the instant TimeAdjusted last showed
     void StartShadePictures(const lunaquill::ShadeRequest &sun,
                             const lunaquill::ShadeRequest &moon);
     void FinishShadePictures();

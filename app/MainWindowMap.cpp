@@ -303,45 +303,36 @@ void MainWindow::CreateScreenOverlay()
         return;
     // Painted as an image: the star layer blends its thousands of tiny discs
     // straight into the pixels.
-    QImage canvas = baseMap.toImage();
-    const qreal ratio = canvas.devicePixelRatio();
+    QImage canvas;
     const OverlaySettings &on = overlaySettings;
-
-    if (on.SkyNoiseOverlay && !skyLayer.isNull()) {
-        QPainter sky(&canvas);
-        sky.setRenderHint(QPainter::SmoothPixmapTransform, ratio != 1.0); // stretched if scaled
-        sky.setOpacity(0.4);
-        if (ratio == 1.0 && skyRoll.made)
-            DrawSkyRolled(sky, scaledSkyNoise, skyRoll.column, skyRoll.sagittariusX);
-        else
+    const bool skyShown = on.SkyNoiseOverlay && !skyLayer.isNull();
+    if (baseMap.devicePixelRatio() == 1.0 && (!skyShown || skyRoll.made)) {
+        // The sky layers as painted ahead, if they were painted for this;
+        // while a worker still paints them, a shading picture no worker has
+        // begun is made here meanwhile.
+        if (skyCanvas.valid() && !skyCanvas.ready())
+            moonPicture.image.runHereIfWaiting() || sunPicture.image.runHereIfWaiting();
+        const SkyCanvasRequest request = SkyCanvasFor(skyRoll.sagittariusX);
+        canvas = skyCanvas.valid() && SameSkyCanvas(skyCanvasRequest, request)
+                     ? skyCanvas.get()
+                     : PaintSkyCanvas(request);
+    } else {
+        // A scaled screen (the rolled sky layer stretched over the map's
+        // pixels), or a sky layer not rolled since the map was made.
+        canvas = baseMap.toImage();
+        if (skyShown) {
+            QPainter sky(&canvas);
+            sky.setRenderHint(QPainter::SmoothPixmapTransform, canvas.devicePixelRatio() != 1.0);
+            sky.setOpacity(0.4);
             sky.drawPixmap(0, 0, skyLayer);
+        }
+        PaintSkyObjects(canvas, SkyCanvasFor(0));
     }
-    if (on.StarsOverlay) {
-        // In the canvas's own pixels whatever the screen's scale: discs of
-        // whole pixels, blended straight into them (a scaled painter would
-        // draw each of the thousands as a path, twenty times slower).
-        canvas.setDevicePixelRatio(1.0);
-        QPainter stars(&canvas);
-        stars.setBrush(QBrush(Qt::lightGray, Qt::SolidPattern));
-        stars.setOpacity(0.5);
-        const SkyView view = SkyViewOf(canvas.rect());
-        for (int c = 0; c < 88; ++c)
-            DrawConstellationObjects(stars, view, c, on.StarsMagnitude);
-        stars.end();
-        canvas.setDevicePixelRatio(ratio);
-    }
+    skyCanvas = {};
+    const qreal ratio = canvas.devicePixelRatio();
     QPainter painter(&canvas);
     // On a scaled screen the icons' sharp drawings are fitted to its pixels.
     painter.setRenderHint(QPainter::SmoothPixmapTransform, ratio != 1.0);
-    if (on.ConstellationsOverlay) {
-        painter.setOpacity(1.0);
-        painter.setPen(Qt::black);
-        const SkyView view = SkyViewOf(ui->WorldMap->geometry());
-        for (int c = 0; c < 88; ++c) {
-            DrawMapConstellation(painter, c);
-            DrawConstellationLabel(painter, view, c);
-        }
-    }
 
     // Radio sources only together with the sky noise.
     painter.setPen(Qt::yellow);
@@ -391,6 +382,24 @@ void MainWindow::CreateScreenOverlay()
         DrawFavorites(painter, "Favorites.txt");
     painter.end();
     screenOverlay = QPixmap::fromImage(std::move(canvas));
+}
+
+SkyCanvasRequest MainWindow::SkyCanvasFor(int sagittariusX) const
+{
+    const OverlaySettings &on = overlaySettings;
+    SkyCanvasRequest request;
+    request.base = baseMap.toImage();
+    if (on.SkyNoiseOverlay && !skyLayer.isNull()) {
+        request.skyNoise = scaledSkyNoise.toImage();
+        request.skyColumn = skyOverlayParameter;
+        request.sagittariusX = sagittariusX;
+    }
+    request.stars = on.StarsOverlay;
+    request.magnitudeLimit = on.StarsMagnitude;
+    request.starsView = SkyViewOf(request.base.rect());
+    request.constellations = on.ConstellationsOverlay;
+    request.outlinesView = SkyViewOf(ui->WorldMap->geometry());
+    return request;
 }
 
 void MainWindow::DrawMap()

@@ -104,32 +104,6 @@ void SkyConstellations(benchmark::State &state)
 }
 BENCHMARK(SkyConstellations)->ArgName("old")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-// The same two layers split as a second thread could share them: the layout
-// (LayOutSky, off the painting thread) and its drawing (DrawSkyStars and
-// DrawSkyOutlines, on it).
-void SkyLaidOut(benchmark::State &state)
-{
-    const lunaquill::SkyView view = BenchSkyView();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(lunaquill::LayOutSky(view, 20, view));
-}
-BENCHMARK(SkyLaidOut)->Unit(benchmark::kMillisecond);
-
-void SkyDrawnFromLayout(benchmark::State &state)
-{
-    QImage layer = SyntheticTopography().toImage();
-    const lunaquill::SkyView view = BenchSkyView();
-    const lunaquill::SkyLayout sky = lunaquill::LayOutSky(view, 20, view);
-    for (auto _ : state) {
-        QPainter painter(&layer);
-        painter.setOpacity(0.5);
-        lunaquill::DrawSkyStars(painter, sky);
-        painter.setOpacity(1.0);
-        painter.setPen(Qt::black);
-        lunaquill::DrawSkyOutlines(painter, sky);
-    }
-}
-BENCHMARK(SkyDrawnFromLayout)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -247,10 +247,13 @@ void RollSkyOverlay(QPixmap &target, const QPixmap &source, int column, int sagi
     }
 }
 
-void DrawSkyRolled(QPainter &painter, const QPixmap &source, int column, int sagittariusX)
+void DrawSkyRolled(QPainter &painter, const QImage &source, int column, int sagittariusX)
 {
-    if (!source.isNull())
-        DrawPieces(painter, source, SkyRoll(source.width(), source.height(), column, sagittariusX, false));
+    if (source.isNull())
+        return;
+    const RolledPieces pieces = SkyRoll(source.width(), source.height(), column, sagittariusX, false);
+    painter.drawImage(QRectF(pieces.firstTarget), source, QRectF(pieces.firstSource));
+    painter.drawImage(QRectF(pieces.secondTarget), source, QRectF(pieces.secondSource));
 }
 
 } // namespace lunaquill

@@ -54,8 +54,9 @@ void DrawRolled(QPainter &painter, const QPixmap &layer, int mapWidth, int mapOf
 void RollSkyOverlay(QPixmap &target, const QPixmap &source, int column, int sagittariusX,
                     bool debug);
 
-// The same roll drawn with `painter` as it stands (its opacity, say): the
-// pixels of drawing the rolled layer, without making it.
-void DrawSkyRolled(QPainter &painter, const QPixmap &source, int column, int sagittariusX);
+// The same roll of an unscaled image drawn with `painter` as it stands (its
+// opacity, say): the pixels of drawing the rolled layer, without making it.
+// Any thread.
+void DrawSkyRolled(QPainter &painter, const QImage &source, int column, int sagittariusX);
 
 } // namespace lunaquill

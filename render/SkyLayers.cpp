@@ -1,5 +1,7 @@
 #include "SkyLayers.h"
 
+#include "MapLayers.h"
+
 #include "Projection.h"
 #include "tracking/EmeFigures.h"
 
@@ -533,34 +535,6 @@ void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c)
                     LabelOrigin(view, kConstellations[c].abbreviation, PrecessedSky().labels[c]));
 }
 
-SkyLayout LayOutSky(const SkyView &starsView, int magnitudeLimit, const SkyView &outlinesView)
-{
-    SkyLayout sky;
-    const J2000Sky &j2000 = PrecessedSky();
-    for (int c = 0; c < kConstellationCount; ++c) {
-        if (kCatalogue[c] && kCatalogue[c]->objects)
-            sky.stars[c] = StarsOf(starsView, *kCatalogue[c], magnitudeLimit);
-        if (kConstellationOutlines[c])
-            sky.outlines[c] = MapLines(outlinesView, j2000.outlineParts[c]);
-        sky.labels[c] = LabelOrigin(outlinesView, kConstellations[c].abbreviation, j2000.labels[c]);
-    }
-    return sky;
-}
-
-void DrawSkyStars(QPainter &painter, const SkyLayout &sky)
-{
-    for (const std::vector<StarDisc> &stars : sky.stars)
-        DrawDiscs(painter, stars);
-}
-
-void DrawSkyOutlines(QPainter &painter, const SkyLayout &sky)
-{
-    for (int c = 0; c < kConstellationCount; ++c) {
-        DrawLines(painter, sky.outlines[c]);
-        DrawLabelAt(painter, c, sky.labels[c]);
-    }
-}
-
 SkyMapper::SkyMapper(const SkyView &view)
     : siderealDegrees(SiderealDegrees(view.utc)), grid(view.mapWidth, view.mapHeight, view.mapOffset)
 {
@@ -571,6 +545,66 @@ QPoint SkyPoint(const SkyView &view, double raHours, double decDegrees)
     double latitude, longitude;
     SubSourcePoint(view.utc, raHours, decDegrees, latitude, longitude);
     return LatLongToPoint(view.mapWidth, view.mapHeight, view.mapOffset, latitude, longitude);
+}
+
+namespace {
+
+bool SameView(const SkyView &a, const SkyView &b)
+{
+    return a.mapWidth == b.mapWidth && a.mapHeight == b.mapHeight && a.mapOffset == b.mapOffset
+           && a.utc.tm_year == b.utc.tm_year && a.utc.tm_mon == b.utc.tm_mon
+           && a.utc.tm_mday == b.utc.tm_mday && a.utc.tm_hour == b.utc.tm_hour
+           && a.utc.tm_min == b.utc.tm_min && a.utc.tm_sec == b.utc.tm_sec;
+}
+
+} // namespace
+
+bool SameSkyCanvas(const SkyCanvasRequest &a, const SkyCanvasRequest &b)
+{
+    return a.base.cacheKey() == b.base.cacheKey() && a.skyNoise.cacheKey() == b.skyNoise.cacheKey()
+           && a.skyColumn == b.skyColumn && a.sagittariusX == b.sagittariusX
+           && a.stars == b.stars && a.magnitudeLimit == b.magnitudeLimit
+           && SameView(a.starsView, b.starsView) && a.constellations == b.constellations
+           && SameView(a.outlinesView, b.outlinesView);
+}
+
+void PaintSkyObjects(QImage &canvas, const SkyCanvasRequest &request)
+{
+    if (request.stars) {
+        // In the canvas's own pixels whatever the screen's scale: discs of
+        // whole pixels, blended straight into them (a scaled painter would
+        // draw each of the thousands as a path, twenty times slower).
+        const qreal ratio = canvas.devicePixelRatio();
+        canvas.setDevicePixelRatio(1.0);
+        QPainter stars(&canvas);
+        stars.setBrush(QBrush(Qt::lightGray, Qt::SolidPattern));
+        stars.setOpacity(0.5);
+        for (int c = 0; c < kConstellationCount; ++c)
+            DrawConstellationObjects(stars, request.starsView, c, request.magnitudeLimit);
+        stars.end();
+        canvas.setDevicePixelRatio(ratio);
+    }
+    if (request.constellations) {
+        QPainter painter(&canvas);
+        painter.setOpacity(1.0);
+        painter.setPen(Qt::black);
+        for (int c = 0; c < kConstellationCount; ++c) {
+            DrawConstellationOutline(painter, request.outlinesView, c);
+            DrawConstellationLabel(painter, request.outlinesView, c);
+        }
+    }
+}
+
+QImage PaintSkyCanvas(const SkyCanvasRequest &request)
+{
+    QImage canvas = request.base;
+    if (!request.skyNoise.isNull()) {
+        QPainter sky(&canvas);
+        sky.setOpacity(0.4);
+        DrawSkyRolled(sky, request.skyNoise, request.skyColumn, request.sagittariusX);
+    }
+    PaintSkyObjects(canvas, request);
+    return canvas;
 }
 
 } // namespace lunaquill

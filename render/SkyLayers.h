@@ -9,6 +9,7 @@
 #include "tracking/EmeFigures.h"
 
 #include <QColor>
+#include <QImage>
 #include <QLine>
 #include <QPainter>
 
@@ -127,22 +128,28 @@ void DrawConstellationObjects(QPainter &painter, const SkyView &view, int c, int
 void DrawConstellationOutline(QPainter &painter, const SkyView &view, int c);
 void DrawConstellationLabel(QPainter &painter, const SkyView &view, int c);
 
-// The whole sky of one instant worked out for drawing: each constellation's
-// drawn objects on the stars' map, its outline's lines and where its
-// abbreviation starts on the outlines' map (on a scaled screen the overlay's
-// image has more pixels than the map). Made from the tables and the views
-// alone, so another thread may make it while the overlay's image is made.
-struct SkyLayout {
-    std::vector<StarDisc> stars[kConstellationCount];
-    std::vector<QLine> outlines[kConstellationCount];
-    QPoint labels[kConstellationCount];
+// The screen overlay's first layers over a copy of the base map: the sky
+// noise rolled under Sagittarius at 40 % (an unscaled screen's), the
+// catalogue objects, and the constellation outlines with their
+// abbreviations. A function of the request alone, so that it may be painted
+// on a worker thread while the sources are computed.
+struct SkyCanvasRequest {
+    QImage base;
+    QImage skyNoise; // null: no sky noise drawn
+    int skyColumn = 0;
+    int sagittariusX = 0;
+    bool stars = false;
+    int magnitudeLimit = 0;
+    SkyView starsView{};
+    bool constellations = false;
+    SkyView outlinesView{};
 };
-SkyLayout LayOutSky(const SkyView &starsView, int magnitudeLimit, const SkyView &outlinesView);
+bool SameSkyCanvas(const SkyCanvasRequest &a, const SkyCanvasRequest &b);
+QImage PaintSkyCanvas(const SkyCanvasRequest &request);
 
-// Drawn on the painter's thread: the pixels DrawConstellationObjects over
-// c = 0..87 draws, and DrawConstellationOutline then DrawConstellationLabel
-// for each c in turn.
-void DrawSkyStars(QPainter &painter, const SkyLayout &sky);
-void DrawSkyOutlines(QPainter &painter, const SkyLayout &sky);
+// The objects and the constellations of the request over `canvas`, which
+// already has its sky noise (a scaled screen's canvas included: the objects
+// are drawn in its own pixels).
+void PaintSkyObjects(QImage &canvas, const SkyCanvasRequest &request);
 
 } // namespace lunaquill

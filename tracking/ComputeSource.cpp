@@ -228,18 +228,23 @@ double JulianDayOf(const struct tm &utc)
 
 } // namespace
 
-bool SubPointWithoutLibnova(uint32_t sourceId, const struct tm &utc, double latitude,
-                            double longitude, double frequencyMHz, double &subLatitude,
-                            double &subLongitude)
+bool SubPointAhead(uint32_t sourceId, const struct tm &utc, double latitude, double longitude,
+                   double frequencyMHz, double &subLatitude, double &subLongitude)
 {
-    if (sourceId != Moon && sourceId != Sun)
-        return false;
     const ln_lnlat_posn observer{longitude, latitude};
     SourceTrack scratch{};
-    if (sourceId == Moon)
+    if (sourceId == Moon) {
         MoonPlace(utc, observer, frequencyMHz, scratch);
-    else
+    } else if (sourceId == Sun) {
         SunPlace(utc, observer, scratch);
+    } else if (sourceId >= SagittariusA && sourceId <= Pictor) {
+        // As ComputeFixed places it; the sub-point needs no horizon.
+        FixedSource fixed = FixedSourceCoordinates[sourceId - SagittariusA];
+        SubSourcePoint(utc, ln_hms_to_deg(&fixed.ra) / 15.0, ln_dms_to_deg(&fixed.dec),
+                       scratch.subLatitude, scratch.subLongitude);
+    } else {
+        return false;
+    }
     subLatitude = scratch.subLatitude;
     subLongitude = scratch.subLongitude;
     return true;
@@ -248,6 +253,11 @@ bool SubPointWithoutLibnova(uint32_t sourceId, const struct tm &utc, double lati
 bool PrepareMoonRiseSet(const struct tm &utc)
 {
     return PrefetchLunarRiseSet(JulianDayOf(utc));
+}
+
+void PrepareUpcomingMoonRiseSet(const struct tm &utc)
+{
+    PrefetchUpcomingLunarRiseSet(JulianDayOf(utc));
 }
 
 void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc, double latitude,

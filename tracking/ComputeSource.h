@@ -71,13 +71,17 @@ void ComputeSource(uint32_t sourceId, uint32_t flags, const struct tm &utc,
 // when nothing could be started.
 bool PrepareMoonRiseSet(const struct tm &utc);
 
-// The sub-point that ComputeSource gives the Moon or the Sun (TrackPosition)
-// for that station, bit for bit, worked out without calling libnova, so that
-// it may be asked ahead of the ComputeSource calls without changing what
-// libnova keeps between them. False for any other source.
-bool SubPointWithoutLibnova(uint32_t sourceId, const struct tm &utc, double latitude,
-                            double longitude, double frequencyMHz, double &subLatitude,
-                            double &subLongitude);
+// The same for an instant expected next, behind the work already handed out
+// (see PrefetchUpcomingLunarRiseSet).
+void PrepareUpcomingMoonRiseSet(const struct tm &utc);
+
+// The sub-point that ComputeSource gives the Moon, the Sun or a fixed radio
+// source (TrackPosition) for that station, bit for bit, worked out without
+// the libnova calls that read or change what it keeps between calls
+// (nutation), so that it may be asked ahead of the ComputeSource calls
+// without changing their figures. False for any other source.
+bool SubPointAhead(uint32_t sourceId, const struct tm &utc, double latitude, double longitude,
+                   double frequencyMHz, double &subLatitude, double &subLongitude);
 
 // "<prefix>MM-DD HH:MM" of a rise or set instant, into `text` (cut at `size`).
 // A source that stays up all day (status 1) or never rises (-1) has no

@@ -68,15 +68,52 @@ struct Prefetch {
     double dates[kDates] = {};
     WorkerTask<ln_rect_posn> positions[kDates];
     bool active = false;
+
+    // The dates as the search forms them, in the order it asks for them:
+    // jd - 1.0, jd and jd + 1.0, then for a pass that began the day before
+    // (jd - 1.0) - 1.0 and two it already has ((jd - 1.0) + 1.0 is jd
+    // exactly at these magnitudes). The last is wasted when no pass began
+    // the day before, but the calling thread waits for the day after
+    // meanwhile.
+    static void DatesFor(double jd, double (&dates)[kDates])
+    {
+        const double wanted[kDates] = {jd - 1.0, jd, jd + 1.0, (jd - 1.0) - 1.0};
+        memcpy(dates, wanted, sizeof wanted);
+    }
+    bool isFor(const double (&wanted)[kDates]) const
+    {
+        return active && memcmp(dates, wanted, sizeof dates) == 0;
+    }
+    // Tasks no worker has begun are dropped: nobody will ask for them.
+    void end()
+    {
+        for (auto &position : positions) {
+            position.cancel();
+            position = {};
+        }
+        active = false;
+    }
+    void start(const double (&wanted)[kDates])
+    {
+        end();
+        for (int i = 0; i < kDates; ++i) {
+            dates[i] = wanted[i];
+            if (!lunarPositions.has(wanted[i])) { // already known: nothing to compute
+                const double date = wanted[i];
+                positions[i] = WorkerTask<ln_rect_posn>([date] { return LunarGeoPosition(date, 0); });
+            }
+        }
+        active = true;
+    }
 };
-Prefetch prefetch;
+// The instant's positions, and those of the instant expected next.
+Prefetch prefetch, upcoming;
 bool prefetchUsed = true;
 
 void EndPrefetch()
 {
-    for (auto &position : prefetch.positions)
-        position = {};
-    prefetch.active = false;
+    prefetch.end();
+    upcoming.end();
 }
 
 // The Moon's geocentric position at full precision: the prefetched one when
@@ -110,24 +147,16 @@ bool PrefetchLunarRiseSet(double jd)
 {
     if (!prefetchUsed)
         return false;
-    // The dates as the search forms them, in the order it asks for them: jd -
-    // 1.0, jd and jd + 1.0, then for a pass that began the day before
-    // (jd - 1.0) - 1.0 and two it already has ((jd - 1.0) + 1.0 is jd exactly
-    // at these magnitudes). The last is wasted when no pass began the day
-    // before, but the calling thread waits for the day after meanwhile.
-    const double wanted[Prefetch::kDates] = {jd - 1.0, jd, jd + 1.0, (jd - 1.0) - 1.0};
-    if (prefetch.active && memcmp(prefetch.dates, wanted, sizeof wanted) == 0)
+    double wanted[Prefetch::kDates];
+    Prefetch::DatesFor(jd, wanted);
+    if (prefetch.isFor(wanted))
         return true; // already under way for this instant
-    EndPrefetch();
-    for (int i = 0; i < Prefetch::kDates; ++i) {
-        prefetch.dates[i] = wanted[i];
-        if (!lunarPositions.has(wanted[i])) { // already known: nothing to compute
-            const double date = wanted[i];
-            prefetch.positions[i] =
-                WorkerTask<ln_rect_posn>([date] { return LunarGeoPosition(date, 0); });
-        }
+    if (upcoming.isFor(wanted)) {
+        std::swap(prefetch, upcoming);
+        upcoming.end();
+    } else {
+        prefetch.start(wanted);
     }
-    prefetch.active = true;
     // The search needs the first three at once, and the two workers take two:
     // this thread makes one itself rather than wait for the third.
     for (int i = 0; i < 3; ++i) {
@@ -135,6 +164,16 @@ bool PrefetchLunarRiseSet(double jd)
             break;
     }
     return true;
+}
+
+void PrefetchUpcomingLunarRiseSet(double jd)
+{
+    if (!prefetchUsed)
+        return;
+    double wanted[Prefetch::kDates];
+    Prefetch::DatesFor(jd, wanted);
+    if (!prefetch.isFor(wanted) && !upcoming.isFor(wanted))
+        upcoming.start(wanted);
 }
 
 void UseLunarPrefetch(bool on)

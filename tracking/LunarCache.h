@@ -30,6 +30,13 @@ namespace lunaquill {
 // Moon's calls. False (and nothing started) when the prefetch is off.
 bool PrefetchLunarRiseSet(double jd);
 
+// Starts, behind everything already handed to the workers, the positions
+// for a rise/set search at `jd`, an instant expected next: when the display
+// steps evenly (play mode, a step button pressed again) they are ready or
+// under way when it comes. Replaced (the tasks not yet begun dropped) by the
+// next call; a prefetch for another instant starts its own.
+void PrefetchUpcomingLunarRiseSet(double jd);
+
 // Off: no prefetch, and every position computed by ln_get_lunar_equ_coords
 // itself, as before the prefetch existed (a test compares the two).
 void UseLunarPrefetch(bool on);

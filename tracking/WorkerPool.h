@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <future>
 #include <memory>
@@ -34,6 +35,18 @@ public:
     }
 
     bool valid() const { return result.valid(); }
+
+    bool ready() const
+    {
+        return valid() && result.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }
+
+    // Drops it if no worker has begun it (its result then never comes).
+    void cancel() const
+    {
+        if (valid())
+            state->claimed.exchange(true);
+    }
 
     // Runs it here if no worker has begun it; true if it ran here.
     bool runHereIfWaiting() const { return valid() && state->run(); }

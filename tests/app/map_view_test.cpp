@@ -136,6 +136,33 @@ TEST_F(MapViewTest, EachLayerOnlyWhenItsSwitchAllowsAndItsBodyWasComputed)
     EXPECT_GT(Shown({&OverlaySettings::ConstellationsOverlay}), 1542);
 }
 
+// A time step paints the sky layers and the shades on the worker threads ahead of the
+// sources; what it shows is what rebuilding the overlay from the computed records gives,
+// over steps of ten minutes and of a day, with the map rolled, and with the home station
+// moved between two steps (the pictures made ahead for the old place are not used).
+TEST_F(MapViewTest, AStepShowsWhatRebuildingFromTheRecordsShows)
+{
+    Open("[HOME_DATA]\nGrid=FN42mm\nLatitude=42.51\nLongitude=-70.96\n");
+    overlaySettings = {};
+    overlaySettings.StarsMagnitude = 6;
+    for (bool OverlaySettings::*layer :
+         {&OverlaySettings::SunShadingOverlay, &OverlaySettings::MoonShadingOverlay,
+          &OverlaySettings::SkyNoiseOverlay, &OverlaySettings::StarsOverlay,
+          &OverlaySettings::ConstellationsOverlay, &OverlaySettings::MoonOverlay})
+        overlaySettings.*layer = true;
+    for (int step = 0; step < 6; ++step) {
+        AdvanceDisplayOffset(step < 3 ? 600 : 86400);
+        overlaySettings.MapOffset = step == 4 ? 6 : 0;
+        window->TimeAdjusted();
+        const QImage stepped = window->screenOverlayPixmap().toImage();
+        window->RecalculateSources();
+        window->RebuildOverlays();
+        EXPECT_TRUE(window->screenOverlayPixmap().toImage() == stepped) << step;
+        if (step == 3) // the next step is made ahead for the old place
+            homeData.latitude = -33.9, homeData.longitude = 151.2;
+    }
+}
+
 TEST_F(MapViewTest, WithoutOpenGlTheChartsStayThePlainDial)
 {
     Open(""); // home: a first run's JJ00aa

@@ -135,7 +135,7 @@ TEST(Roll, SkyDrawnRolledEqualsTheRolledLayerLaidOn)
         first.setOpacity(0.4);
         first.drawPixmap(0, 0, layer);
         second.setOpacity(0.4);
-        DrawSkyRolled(second, sky, 76, at);
+        DrawSkyRolled(second, sky.toImage(), 76, at);
         first.end();
         second.end();
         EXPECT_TRUE(laidOn == drawn) << at;
