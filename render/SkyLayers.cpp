@@ -123,11 +123,11 @@ QImage *DirectTarget(QPainter &painter)
 // The premultiplied colour the engine blends for each star colour at this
 // opacity, read back from the engine itself: an ellipse drawn onto
 // transparent pixels leaves exactly that colour. Made again only when the
-// opacity changes.
+// opacity changes; each thread that draws stars keeps its own.
 const QRgb *EngineColours(qreal opacity)
 {
-    static qreal madeFor = -1;
-    static QRgb colours[kStarColours];
+    thread_local qreal madeFor = -1;
+    thread_local QRgb colours[kStarColours];
     if (opacity != madeFor) {
         QImage probe(3, 3, QImage::Format_ARGB32_Premultiplied);
         for (int c = 0; c < kStarColours; ++c) {
