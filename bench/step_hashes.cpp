@@ -7,7 +7,7 @@
 //   faketime -f '2026-11-20 12:00:00' build-release/bench/step_hashes
 // (-f: without it faketime's clock runs on from that instant).
 #include "app/MainWindow.h"
-#include "EveryLayerOn.h"
+#include "BenchWindow.h"
 
 #include "tracking/SharedState.h"
 
@@ -34,16 +34,11 @@ void Add(QCryptographicHash &hash, const Value &value)
 
 int main(int argc, char **argv)
 {
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QTemporaryDir home;
-    setenv("HOME", home.path().toLocal8Bit().constData(), 1);
-    unsetenv("XDG_CONFIG_HOME");
-    QDir::setCurrent(LUNAQUILL_SOURCE_DIR);
+    UseScratchHome(home);
     QApplication application(argc, argv);
     MainWindow window;
-    window.resize(1640, 960);
-    window.show();
-    QApplication::processEvents();
+    ShowAtFormSize(window);
     EveryLayerOn();
 
     const time_t start = 1795478400; // 2026-11-24 00:00 UTC

@@ -6,7 +6,7 @@
 // need an X server for their OpenGL context, e.g.
 //   QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1920x1080x24" build/bench/window_bench
 #include "app/MainWindow.h"
-#include "EveryLayerOn.h"
+#include "BenchWindow.h"
 
 #include "render/StarChartRenderer.h"
 #include "tracking/SharedState.h"
@@ -122,17 +122,11 @@ BENCHMARK(BM_RecalculateSources)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
 {
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QTemporaryDir home;
-    setenv("HOME", home.path().toLocal8Bit().constData(), 1);
-    unsetenv("XDG_CONFIG_HOME"); // settings in <home>/.config/Lunaquill/, not a real profile
-    // The images are found in pixmaps/ below the source folder.
-    QDir::setCurrent(LUNAQUILL_SOURCE_DIR);
+    UseScratchHome(home);
     QApplication application(argc, argv);
     MainWindow mainWindow;
-    mainWindow.resize(1640, 960);
-    mainWindow.show();
-    QApplication::processEvents();
+    ShowAtFormSize(mainWindow);
     window = &mainWindow;
     EveryLayerOn();
 

@@ -1,9 +1,34 @@
-// The window's state for the benchmarks and the step hashes: a home station
-// near Boston and a DX station near Sydney at 1296 MHz, every layer of the
-// map on and every catalogue object drawn.
+// The window as the benchmarks and the step hashes run it: offscreen unless
+// told otherwise, with settings in a scratch home (not a real profile) and
+// the images from pixmaps/ below the source folder; a home station near
+// Boston and a DX station near Sydney at 1296 MHz, every layer of the map on
+// and every catalogue object drawn.
 #pragma once
 
+#include "app/MainWindow.h"
 #include "tracking/SharedState.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <cstdlib>
+
+// Before the QApplication is made.
+inline void UseScratchHome(const QTemporaryDir &home)
+{
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    setenv("HOME", home.path().toLocal8Bit().constData(), 1);
+    unsetenv("XDG_CONFIG_HOME"); // settings in <home>/.config/Lunaquill/
+    QDir::setCurrent(LUNAQUILL_SOURCE_DIR);
+}
+
+inline void ShowAtFormSize(MainWindow &window)
+{
+    window.resize(1640, 960);
+    window.show();
+    QApplication::processEvents();
+}
 
 inline void EveryLayerOn()
 {
